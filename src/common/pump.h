@@ -15,6 +15,9 @@ public:
     virtual void wait(double seconds) = 0;
 };
 
+// Seconds from `start` (a Timer() reading) to now, across midnight.
+double secondsSince(Pump& pump, double start);
+
 // Waits of 0.054 s ticks on the seconds-since-midnight clock, safe across midnight.
 void TDelay(Pump& pump, double ticks);
 // 18 ticks a "second": SDelay(1) lasts 0.972 s, which the recorder relies on.

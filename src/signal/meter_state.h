@@ -55,6 +55,12 @@ struct MeterState {
     std::int16_t SensPos = 0;
     int LagLimit = 2;
 
+    // Between receive events: characters not yet ended by a CR, and what the
+    // last frame decoded, so that only changes reach the display.
+    std::string pendingText;
+    int lastKnobPos = 0;
+    int lastStatusDigit = 0;
+
     // Link health and what the screen shows.
     int GoodFrames = 0;
     std::string StatusText;

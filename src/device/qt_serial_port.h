@@ -1,0 +1,48 @@
+#pragma once
+#include <QObject>
+#include <QSerialPort>
+
+#include "device/serial_port.h"
+
+namespace lv {
+
+// The serial port on QSerialPort. Works with real adapters and with the
+// virtual meter's pseudo-terminal alike.
+class QtSerialPort : public QObject, public SerialPort {
+    Q_OBJECT
+public:
+    explicit QtSerialPort(QObject* parent = nullptr);
+
+    void setPortName(const std::string& path) override;
+    std::string portName() const override;
+    bool open() override;
+    void close() override;
+    bool isOpen() const override;
+
+    int bytesWaiting() override;
+    std::string read(int maxBytes) override;
+    void write(std::string_view bytes) override;
+    void discardInput() override;
+
+    void setThreshold(int threshold) override;
+    int threshold() const override { return m_threshold; }
+
+    // Why the last open failed, or why the port was dropped.
+    QString lastError() const { return m_lastError; }
+
+signals:
+    // The port broke while open (adapter unplugged, virtual meter gone); it
+    // has been closed.
+    void portFailed(const QString& reason);
+
+private:
+    void onReadyRead();
+    void onError(QSerialPort::SerialPortError error);
+
+    QSerialPort m_port;
+    QString m_path;
+    QString m_lastError;
+    int m_threshold = 0;
+};
+
+}  // namespace lv

@@ -1,0 +1,71 @@
+#pragma once
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "device/serial_port.h"
+
+namespace lv::test {
+
+// An in-memory serial port: tests put bytes in, read what the code wrote,
+// and may answer each written line through `onWrite`.
+class ScriptedPort : public SerialPort {
+public:
+    void setPortName(const std::string& path) override { m_name = path; }
+    std::string portName() const override { return m_name; }
+    bool open() override {
+        ++opens;
+        events.push_back("open");
+        m_open = openable;
+        return m_open;
+    }
+    void close() override {
+        if (m_open) events.push_back("close");
+        m_open = false;
+    }
+    bool isOpen() const override { return m_open; }
+
+    int bytesWaiting() override { return static_cast<int>(input.size()); }
+    std::string read(int maxBytes) override {
+        const auto n = std::min<std::size_t>(input.size(), static_cast<std::size_t>(maxBytes));
+        std::string out = input.substr(0, n);
+        input.erase(0, n);
+        return out;
+    }
+    void write(std::string_view bytes) override {
+        written.emplace_back(bytes);
+        events.push_back("write " + std::string(bytes));
+        if (onWrite) onWrite(std::string(bytes));
+    }
+    void discardInput() override {
+        ++discards;
+        input.clear();
+    }
+    void setThreshold(int t) override {
+        m_threshold = t;
+        thresholds.push_back(t);
+    }
+    int threshold() const override { return m_threshold; }
+
+    // Delivers bytes and fires the receive event the way the real port does.
+    void deliver(const std::string& bytes) {
+        input += bytes;
+        if (m_threshold > 0 && bytesWaiting() >= m_threshold) fireReceive();
+    }
+
+    std::string input;
+    std::vector<std::string> written;
+    std::vector<std::string> events;
+    std::vector<int> thresholds;
+    std::function<void(const std::string&)> onWrite;
+    bool openable = true;
+    int opens = 0;
+    int discards = 0;
+
+private:
+    std::string m_name;
+    bool m_open = false;
+    int m_threshold = 0;
+};
+
+}  // namespace lv::test
