@@ -10,6 +10,11 @@ namespace lv {
 namespace {
 
 constexpr int kGoodFramesForOk = 5;
+// A device that never sends a CR (a wrong baud rate, an unrelated device)
+// would otherwise grow the pending text for as long as the program runs.
+// Well past any real frame, only a possible frame's worth of tail is kept.
+constexpr std::size_t kPendingLimit = 256;
+constexpr std::size_t kPendingTail = protocol::kFrameFieldsLength + 1;
 
 void badFrame(LiveContext& ctx) {
     MeterState& st = ctx.st;
@@ -69,6 +74,9 @@ void comInputText(LiveContext& ctx, std::string_view waiting) {
         // A reference frame must be shown, not skipped for a later one.
         if (line.find('O') != std::string::npos) break;
     }
+    if (st.pendingText.size() > kPendingLimit &&
+        st.pendingText.find(protocol::kCR) == std::string::npos)
+        st.pendingText.erase(0, st.pendingText.size() - kPendingTail);
     if (!taken) return;
 
     if (st.RunMode == kRunRecording)

@@ -301,6 +301,15 @@ TEST_F(ComInputTest, TheRecorderIsFedOnlyWhileRecording) {
     EXPECT_EQ(tap.taken.size(), 1u);
 }
 
+TEST_F(ComInputTest, EndlessTextWithoutReturnsDoesNotPileUp) {
+    const std::string noise(50, 'Z');
+    for (int i = 0; i < 1000; ++i) feed(noise);
+    EXPECT_LE(st.pendingText.size(), 300u);
+    // A frame that follows the noise is still read, once the noise is cut off.
+    feed("\r" + frame(1234));
+    EXPECT_EQ(st.RawNeedle, 1234);
+}
+
 TEST_F(ComInputTest, NothingCompleteChangesOnlyTheSilenceFlag) {
     st.NewData = true;
     st.DataSilent = true;

@@ -1,0 +1,38 @@
+# The two commands a fresh Debian 12 machine needs:
+#   make run    build and start the program (against the virtual meter when no meter is attached)
+#   make test   build and pass the tests
+# Both install the Debian packages they need first.
+
+JOBS ?= $(shell nproc)
+
+.PHONY: run test deps build asan-test fuzz-smoke bench clean
+
+deps:
+	scripts/install-deps.sh build
+
+build: deps
+	cmake --preset default
+	cmake --build --preset default -j $(JOBS)
+
+run: build
+	scripts/run-demo.sh build/bin $(ARGS)
+
+test: build
+	ctest --preset default -j $(JOBS)
+
+asan-test: deps
+	cmake --preset asan
+	cmake --build --preset asan -j $(JOBS)
+	ctest --preset asan -j $(JOBS)
+
+fuzz-smoke:
+	scripts/install-deps.sh ci
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+	cmake --build --preset fuzz --target fuzz-smoke
+
+bench: build
+	cmake --build --preset default --target bench
+
+clean:
+	rm -rf build build-asan build-fuzz
