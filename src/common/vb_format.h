@@ -17,19 +17,25 @@ std::int64_t roundHalfEven(double value);
 // '#' = optional digit, one optional '.'). Rounds halves away from zero on the
 // decimal value (as the original's Format does), after taking the value to 15
 // significant digits so that 2.05 stays 2.05. Negative values get a leading "-"
-// unless they round to zero.
+// unless they round to zero. A '.' in the pattern is always printed, even when
+// no digit follows it ("0.#" gives "5." for 5). Text before the first and after
+// the last placeholder is copied as it stands.
 std::string formatNumber(double value, std::string_view pattern);
 
-// Val(text): leading blanks skipped, the longest decimal number prefix read
-// (sign, digits, one point, exponent), 0 when there is none. Never fails.
+// Val(text): blanks (space, tab, line feed) ignored wherever they are, the
+// longest number prefix read (sign, digits, one point, exponent with E or D),
+// 0 when there is none. "&H1F" and "&O17" read as hex and octal, typed by
+// size: "&HFFFF" is -1. Never fails; beyond the double range gives +-infinity.
 double vbVal(std::string_view text);
 
-// CLng / CInt: number text (blanks around allowed) rounded halves to even;
-// nullopt when the text is not a number or the result does not fit the type.
+// CLng / CInt: number text (blanks around allowed, the same forms Val reads,
+// but nothing else after them) rounded halves to even; nullopt when the text
+// is not a number or the result does not fit the type.
 std::optional<std::int32_t> vbCLng(std::string_view text);
 std::optional<std::int16_t> vbCInt(std::string_view text);
 
-// CBool: "True"/"False" in any letter case, or any number (0 = false).
+// CBool: "True"/"False" in any letter case, or any number text as CLng reads
+// it (0 = false, anything else true, unrounded: "0.4" is true).
 std::optional<bool> vbCBool(std::string_view text);
 
 // The value-to-text conversion the settings file uses for booleans.
