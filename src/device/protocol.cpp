@@ -100,6 +100,10 @@ std::string versionReplyLine(std::string_view code, std::string_view boot,
     return line;
 }
 
+std::string dialNeedleCommand(int drive) {
+    return hexUpper(static_cast<std::uint32_t>(drive) & 0xFFFu, 3) + "N";
+}
+
 std::string playbackLine(std::int32_t needleValue, bool bdCounting, std::int32_t bdQuarter,
                          std::string_view shownBase, int statusFlags) {
     const std::int32_t n = std::clamp(needleValue * 1024 / 5542 + 2048, 0, 4095);

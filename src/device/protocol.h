@@ -71,6 +71,9 @@ bool parseVersionReply(std::string_view kept, VersionInfo& info);
 std::string versionReplyLine(std::string_view code, std::string_view boot,
                              std::string_view firmware);
 
+// Calibration: drive the meter's own needle to a 12-bit value, "800N" for 2048.
+std::string dialNeedleCommand(int drive);
+
 // Playback line to the meter: "P" + needle (3 hex) + BD (3 decimal or three
 // blanks when not counting) + Base (3 digits) + flags (1 hex) + CR.
 std::string playbackLine(std::int32_t needleValue, bool bdCounting, std::int32_t bdQuarter,

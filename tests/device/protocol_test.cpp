@@ -145,6 +145,13 @@ TEST(PlaybackLine, FieldsByRule) {
     }
 }
 
+TEST(Commands, DialNeedleDriveInThreeUpperHexDigits) {
+    EXPECT_EQ(dialNeedleCommand(2048), "800N");
+    EXPECT_EQ(dialNeedleCommand(198), "0C6N");
+    EXPECT_EQ(dialNeedleCommand(4095), "FFFN");
+    EXPECT_EQ(dialNeedleCommand(0), "000N");
+}
+
 TEST(Commands, EndInOneCarriageReturn) {
     EXPECT_EQ(commandLine(kVersion), "V\r");
     EXPECT_EQ(commandLine(kDialTest), "N0C6\r");
