@@ -4,7 +4,7 @@
 #   scripts/install-deps.sh ci      the above, plus clang's libFuzzer runtime
 set -euo pipefail
 
-build_pkgs=(g++ cmake ninja-build make pkg-config
+build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
             qt6-base-dev qt6-serialport-dev
             libgtest-dev libgmock-dev libbenchmark-dev)
 ci_pkgs=(clang libclang-rt-14-dev)

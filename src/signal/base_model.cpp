@@ -60,7 +60,6 @@ void Calc_Base(MeterState& st, const Settings& cfg, DisplaySink& display)
         st.BdValue = st.BdQuarter / 4;
         showBase(st, display, b);
         st.BaseByte = static_cast<std::uint8_t>(b);
-        st.recorderBd = st.BdQuarter / 4;
         break;
     }
     case 1:

@@ -50,7 +50,6 @@ struct MeterState {
     std::int32_t BdValue = 0;
     std::uint8_t BaseByte = 0;
     std::uint8_t lastBaseByte = 0;  // Base on the 0..255 scale, kept between samples
-    std::int32_t recorderBd = 0;    // BD in tenths for the next record
 
     std::int16_t SensPos = 0;
     int LagLimit = 2;

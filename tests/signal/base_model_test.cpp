@@ -65,7 +65,6 @@ TEST_F(CalcBaseTest, FallsAddUpToBdWhileCountingOnEveryBdDial)
             << "dial " << dial;
         EXPECT_EQ(st.BdQuarter, 241);
         EXPECT_EQ(st.BdValue, 60);
-        EXPECT_EQ(st.recorderBd, 60);
         EXPECT_EQ(st.BaseByte, 245);
         EXPECT_EQ(st.ShownBase, "6.5");
         EXPECT_EQ(st.ShownBd, "6.0");
@@ -101,7 +100,6 @@ TEST_F(CalcBaseTest, BdValueFollowsQuartersSetElsewhere)
     st.ShownBase = "0.5";
     sample(0);
     EXPECT_EQ(st.BdValue, 10);
-    EXPECT_EQ(st.recorderBd, 10);
     EXPECT_TRUE(display.calls.empty()) << "no fall and an unchanged Base text draw nothing";
 }
 
