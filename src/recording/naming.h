@@ -1,0 +1,55 @@
+#pragma once
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/vb_date.h"
+#include "settings/settings.h"
+
+// How recordings are named in the save folder: a prefix and a number or a
+// date-time, and the numbered series that a reset wipes.
+namespace lv {
+
+enum SuffixKind : std::int32_t { kSuffixNumber = 0, kSuffixDateTime = 1 };
+
+// prefix + SuffixNum as "000" (more digits past 999).
+std::string numberedName(const std::string& prefix, std::int16_t suffixNum);
+// prefix + "yy-mm-dd__Hh.Nn.Ss".
+std::string dateTimeName(const std::string& prefix, const LocalDateTime& when);
+// The name a recording starting at `now` gets. Any SuffixType but the
+// numeric one names by date and time.
+std::string autoName(const Settings& settings, const LocalDateTime& now);
+
+// SavePath + name + ".lvd" / ".wav" (SavePath ends in the separator).
+std::filesystem::path lvdPathFor(const std::string& savePath, const std::string& name);
+std::filesystem::path wavPathFor(const std::string& savePath, const std::string& name);
+
+// The recording panel's pattern: prefix + "nnn" or prefix + "Date__Time".
+std::string namingPatternText(const Settings& settings);
+// "Manual", "Auto Name", "Auto Save", "Capture" for modes 1..4; empty otherwise.
+std::string recordingModeCaption(std::int32_t recordingMode);
+
+struct PrefixProblem {
+    std::string title;
+    std::string text;
+};
+// Whether prefix + "000.lvd" can be created in the save folder: creates the
+// file and deletes it again. A file of that name already there is a usable
+// name as long as it is a writable file; it is left as it is.
+std::optional<PrefixProblem> validatePrefix(const std::string& savePath, const std::string& prefix);
+
+struct ResetOutcome {
+    std::vector<std::filesystem::path> deleted;
+    std::vector<std::filesystem::path> notDeleted;  // matched, but the delete failed
+};
+// Starts the numbered series again: SuffixNum = 1, and every file of the save
+// folder named SavePrefix + exactly three characters + ".lvd" or ".wav" is
+// deleted. Names are compared with the folder's entries as plain text (no
+// wildcards, letter case as it stands), so nothing outside the folder or in
+// its subfolders is ever touched, whatever the prefix holds. No folder set
+// deletes nothing.
+ResetOutcome resetNumbering(Settings& settings);
+
+}  // namespace lv
