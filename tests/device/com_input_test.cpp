@@ -62,12 +62,6 @@ TEST_F(ComInputTest, DecodesEveryFieldOfAFrame) {
     EXPECT_EQ(display.only("Knob("), std::vector<std::string>{"Knob(21)"});
 }
 
-TEST_F(ComInputTest, HexFieldsAcceptEitherCase) {
-    feed("P12ab2a5000f\r");
-    EXPECT_EQ(st.RawNeedle, 0x12AB);
-    EXPECT_EQ(st.BdValue, 15);
-}
-
 TEST_F(ComInputTest, OnlyTheLastWaitingLineIsDecodedAndLagFollowsTheLimit) {
     struct Case {
         int waiting;
@@ -136,12 +130,6 @@ TEST_F(ComInputTest, FiveGoodFramesMakeTheLinkGood) {
         comInputText(x, frame(1000));
         EXPECT_EQ(d.only("Mode(").size(), 1u) << "a good link is not announced again";
     }
-}
-
-TEST_F(ComInputTest, RecoveryLeavesOtherLampColoursAlone) {
-    st.LedColour = cfg.LED_Set_Color;
-    goodFrames(5);
-    EXPECT_EQ(st.LedColour, cfg.LED_Set_Color);
 }
 
 TEST_F(ComInputTest, BadFramesShowInputErrorAndChangeNoReading) {

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "device/protocol.h"
 
 namespace lv::protocol {
@@ -38,28 +36,6 @@ TEST(SplitFrame, RefusesWrongLengthsAndNonHexFields) {
                              "P1234 A5000F", "P12342AZ000F", "P12342A5+00F", "P12342A5000x"}) {
         SCOPED_TRACE(line);
         EXPECT_FALSE(splitFrame(line));
-    }
-}
-
-TEST(SplitFrame, EncodedFramesComeBackUnchanged) {
-    std::mt19937 rng(7);
-    for (int i = 0; i < 2000; ++i) {
-        FrameFields f;
-        f.letter = (i % 3) ? 'P' : 'O';
-        f.needle = static_cast<std::uint16_t>(rng());
-        f.knob = static_cast<std::uint8_t>(rng());
-        f.status = static_cast<std::uint8_t>(rng() & 0xF);
-        f.bd = static_cast<std::int16_t>(rng());
-        const std::string line = encodeFrame(f);
-        ASSERT_EQ(line.size(), 13u);
-        ASSERT_EQ(line.back(), '\r');
-        const auto back = splitFrame(std::string_view(line).substr(0, 12));
-        ASSERT_TRUE(back);
-        EXPECT_EQ(back->letter, f.letter);
-        EXPECT_EQ(back->needle, f.needle);
-        EXPECT_EQ(back->knob, f.knob);
-        EXPECT_EQ(back->status, f.status);
-        EXPECT_EQ(back->bd, f.bd);
     }
 }
 
@@ -101,19 +77,6 @@ TEST(VersionReply, FieldsAndMissingCommas) {
     }
 }
 
-TEST(VersionReply, TheMeterLineParsesBack) {
-    const std::string line = versionReplyLine("3A", "1.02", "2.10");
-    EXPECT_EQ(line, "V,LV3A,1.02,2.10\r");
-    std::string kept;
-    for (char c : line)
-        if (keptInVersionReply(c)) kept += c;
-    VersionInfo info;
-    ASSERT_TRUE(parseVersionReply(kept, info));
-    EXPECT_EQ(info.code, "3A");
-    EXPECT_EQ(info.boot, "1.02");
-    EXPECT_EQ(info.firmware, "2.10");
-}
-
 TEST(PlaybackLine, FieldsByRule) {
     struct Case {
         std::int32_t needle;
@@ -150,12 +113,6 @@ TEST(Commands, DialNeedleDriveInThreeUpperHexDigits) {
     EXPECT_EQ(dialNeedleCommand(198), "0C6N");
     EXPECT_EQ(dialNeedleCommand(4095), "FFFN");
     EXPECT_EQ(dialNeedleCommand(0), "000N");
-}
-
-TEST(Commands, EndInOneCarriageReturn) {
-    EXPECT_EQ(commandLine(kVersion), "V\r");
-    EXPECT_EQ(commandLine(kDialTest), "N0C6\r");
-    EXPECT_EQ(commandLine(kHexEnd), ":00000001FF\r");
 }
 
 }  // namespace
