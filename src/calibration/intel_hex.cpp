@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "common/hex_text.h"
+
 namespace lv {
 
 namespace {
@@ -9,18 +11,7 @@ namespace {
 constexpr std::size_t kOverheadBytes = 5;  // count, address high, address low, type, checksum
 constexpr std::size_t kMaxData = 255;
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
-}
-
-void appendHexByte(std::string& out, std::uint8_t byte) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    out += kDigits[byte >> 4];
-    out += kDigits[byte & 0xF];
-}
+void appendHexByte(std::string& out, std::uint8_t byte) { out += hexUpper(byte, 2); }
 
 std::optional<HexRecord> fail(HexLineError* error, HexLineError why) {
     if (error) *error = why;
@@ -54,14 +45,14 @@ std::optional<HexRecord> parseHexLine(std::string_view line, HexLineError* error
     const std::string_view digits = line.substr(1);
     // Non-hex characters are reported before an odd length: a stray character
     // is the more useful diagnosis for a line that is both.
-    if (!std::all_of(digits.begin(), digits.end(), [](char c) { return hexDigit(c) >= 0; }))
+    if (!std::all_of(digits.begin(), digits.end(), [](char c) { return hexDigitValue(c) >= 0; }))
         return fail(error, HexLineError::NotHex);
     if (digits.size() % 2 != 0) return fail(error, HexLineError::OddDigits);
 
     std::vector<std::uint8_t> bytes(digits.size() / 2);
     for (std::size_t i = 0; i < bytes.size(); ++i)
         bytes[i] =
-            static_cast<std::uint8_t>(hexDigit(digits[2 * i]) * 16 + hexDigit(digits[2 * i + 1]));
+            static_cast<std::uint8_t>(hexDigitValue(digits[2 * i]) * 16 + hexDigitValue(digits[2 * i + 1]));
     if (bytes.size() < kOverheadBytes) return fail(error, HexLineError::TooShort);
     if (bytes[0] != bytes.size() - kOverheadBytes) return fail(error, HexLineError::CountMismatch);
 

@@ -1,5 +1,7 @@
 #include "common/vb_format.h"
 
+#include "common/hex_text.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -15,14 +17,6 @@ namespace {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
-
-int hexDigit(char c)
-{
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
 
 // Result of reading a number at the start of some text.
 struct Scanned {
@@ -47,7 +41,7 @@ Scanned scanRadixLiteral(std::string_view text)
     const std::size_t firstDigit = pos;
     double magnitude = 0;
     while (pos < text.size()) {
-        const int d = hexDigit(text[pos]);
+        const int d = hexDigitValue(text[pos]);
         if (d < 0 || d >= radix) break;
         magnitude = magnitude * radix + d;
         ++pos;

@@ -1,28 +1,11 @@
 #include "device/protocol.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "common/hex_text.h"
 #include "common/vb_format.h"
 
 namespace lv::protocol {
-
-namespace {
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
-}
-
-std::string hexUpper(std::uint32_t value, int width) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "%0*X", width, value);
-    return buf;
-}
-
-}  // namespace
 
 std::string commandLine(std::string_view text) {
     std::string line(text);
@@ -34,7 +17,7 @@ std::optional<std::uint32_t> hexField(std::string_view digits) {
     if (digits.empty() || digits.size() > 8) return std::nullopt;
     std::uint32_t value = 0;
     for (char c : digits) {
-        const int d = hexDigit(c);
+        const int d = hexDigitValue(c);
         if (d < 0) return std::nullopt;
         value = value * 16 + static_cast<std::uint32_t>(d);
     }
