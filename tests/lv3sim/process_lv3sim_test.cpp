@@ -1,122 +1,188 @@
 // The real lv3sim on a real pseudo-terminal, talked to as the program does.
+#include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "calibration/intel_hex.h"
 #include "device/protocol.h"
-#include "lv3sim/pty_client.h"
-#include "lv3sim/sim_process.h"
 
-namespace lv::sim::test {
+namespace lv::sim {
 namespace {
 
 using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
 
-double msBetween(Clock::time_point a, Clock::time_point b) {
-    return std::chrono::duration<double, std::milli>(b - a).count();
-}
-
-// A temporary folder with a meter published in it as "meter", and any files
-// it is to read written there first.
-struct Meter {
-    explicit Meter(std::vector<std::string> args = {},
-                   const std::vector<std::pair<std::string, std::string>>& files = {}) {
+// lv3sim published as "meter" in a temporary folder, with `files` written
+// there first ("@name" arguments name them). Its "READY <link>" line is
+// awaited with a deadline; it is killed and reaped at the end whatever happens.
+struct Sim {
+    explicit Sim(std::vector<std::string> args = {},
+                 const std::vector<std::pair<std::string, std::string>>& files = {}) {
         std::string pattern = (fs::temp_directory_path() / "lv3sim_XXXXXX").string();
         dir = ::mkdtemp(pattern.data());
         link = path("meter");
         for (const auto& [name, text] : files) std::ofstream(path(name)) << text;
-        args.insert(args.begin(), {"--link", link});
-        for (std::string& a : args)
-            if (a.starts_with("@")) a = path(a.substr(1));  // "@name": a file in the folder
-        process = std::make_unique<SimProcess>(args);
+        args.insert(args.begin(), {LV3SIM_PATH, "--link", link});
+        std::vector<char*> argv;
+        for (std::string& a : args) {
+            if (a.starts_with("@")) a = path(a.substr(1));
+            argv.push_back(a.data());
+        }
+        argv.push_back(nullptr);
+        int out[2];
+        if (::pipe2(out, O_CLOEXEC) != 0) return;
+        if ((pid = ::fork()) == 0) {
+            ::dup2(out[1], STDOUT_FILENO);
+            ::execv(argv[0], argv.data());
+            ::_exit(127);
+        }
+        ::close(out[1]);
+        // Open to the end: a meter writing to a closed pipe would die of SIGPIPE.
+        output = out[0];
+        pollfd p{output, POLLIN, 0};
+        for (char c; pid > 0 && ::poll(&p, 1, 5000) > 0 && ::read(output, &c, 1) == 1 && c != '\n';)
+            firstLine += c;
     }
-    ~Meter() {
-        process.reset();
+    ~Sim() {
+        if (pid > 0 && !reaped) {
+            ::kill(pid, SIGKILL);
+            ::waitpid(pid, nullptr, 0);
+        }
+        if (output >= 0) ::close(output);
         fs::remove_all(dir);
     }
+    bool ready() const { return firstLine == "READY " + link; }
     std::string path(const std::string& name) const { return (dir / name).string(); }
-    bool ready() const { return process->firstLine() == "READY " + link; }
+    std::string text(const std::string& name) const {
+        std::ifstream in(path(name));
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    }
+    // The lines the meter logged as received, without their times.
+    std::vector<std::string> received() const {
+        std::istringstream log(text("log.txt"));
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(log, line);)
+            if (!line.starts_with("#")) lines.push_back(line.substr(line.find(' ') + 1));
+        return lines;
+    }
+    // The exit code; nullopt if still running after 3 s or killed.
+    std::optional<int> waitExit() {
+        const auto end = Clock::now() + 3s;
+        for (; pid > 0 && !reaped && Clock::now() < end; std::this_thread::sleep_for(5ms))
+            reaped = ::waitpid(pid, &status, WNOHANG) == pid;
+        if (!reaped || !WIFEXITED(status)) return std::nullopt;
+        return WEXITSTATUS(status);
+    }
 
     fs::path dir;
-    std::string link;
-    std::unique_ptr<SimProcess> process;
+    std::string link, firstLine;
+    pid_t pid = -1;
+    int output = -1, status = 0;
+    bool reaped = false;
 };
 
-TEST(Lv3simProcess, AnswersVersionQuickly) {
-    Meter m({"--code", "31", "--boot", "B7", "--firmware", "3.4"});
-    ASSERT_TRUE(m.ready()) << m.process->firstLine();
-    PtyClient port(m.link);
-    for (const char* which : {"first", "second"}) {
-        const auto sent = port.send("V\r");
-        const auto pieces = port.readPieces(1s, true);
-        ASSERT_EQ(joined(pieces), "V,LV31,B7,3.4\r");
-        const double ms = msBetween(sent, pieces.back().at);
-        std::printf("%s V reply after %.2f ms\n", which, ms);
-        EXPECT_LT(ms, 250);
+// The program's end: the link opened as a serial port (raw, 9600 baud).
+struct Port {
+    explicit Port(const std::string& path)
+        : fd(::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {
+        termios t{};
+        if (fd < 0 || ::tcgetattr(fd, &t) != 0) return;
+        ::cfmakeraw(&t);
+        ::cfsetspeed(&t, B9600);
+        ::tcsetattr(fd, TCSANOW, &t);
     }
-}
-
-TEST(Lv3simProcess, StreamsFiftyFramesASecondAndFallsQuietOnQ) {
-    Meter m;
-    ASSERT_TRUE(m.ready());
-    PtyClient port(m.link);
-    port.send("U\r");
-    port.read(1s, true);  // up to the first frame: the count starts there
-    const std::string stream = port.read(2000ms);
-    std::size_t frames = 0, start = 0;
-    for (std::size_t cr; (cr = stream.find('\r', start)) != std::string::npos; start = cr + 1) {
-        ASSERT_TRUE(protocol::splitFrame(stream.substr(start, cr - start))) << start;
-        ++frames;
+    ~Port() { ::close(fd); }
+    Clock::time_point send(std::string_view bytes) {
+        EXPECT_EQ(::write(fd, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        return Clock::now();
     }
-    std::printf("%zu frames in 2 s\n", frames);
-    EXPECT_GE(frames, 95u);
-    EXPECT_LE(frames, 105u);
+    // Reads until the timeout, or until a CR has arrived if asked; the time
+    // and size of each read are kept in `pieces`.
+    std::string read(std::chrono::milliseconds timeout, bool untilCr = false) {
+        std::string all;
+        pieces.clear();
+        for (auto now = Clock::now(), end = now + timeout; now < end; now = Clock::now()) {
+            pollfd p{fd, POLLIN, 0};
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now);
+            if (::poll(&p, 1, static_cast<int>(left.count())) <= 0) continue;
+            char buf[4096];
+            const ssize_t n = ::read(fd, buf, sizeof buf);
+            if (n <= 0) break;  // the meter went away
+            all.append(buf, static_cast<std::size_t>(n));
+            pieces.emplace_back(Clock::now(), n);
+            if (untilCr && all.find('\r') != std::string::npos) break;
+        }
+        return all;
+    }
 
-    // The program's probe: Q, Q, drain 0.1 s, then V must find a quiet line.
-    port.send("Q\r");
-    port.send("Q\r");
-    port.read(100ms);
-    EXPECT_EQ(port.read(300ms), "");
-    port.send("V\r");
-    EXPECT_EQ(port.read(1s, true), "V,LV40,1.02,2.10\r");
-}
+    int fd;
+    std::vector<std::pair<Clock::time_point, ssize_t>> pieces;
+};
 
-TEST(Lv3simProcess, NextProgramFindsNothingLeftOver) {
-    Meter m;
-    ASSERT_TRUE(m.ready());
+// One program's session (probe, stream, stop, leave with frames unread),
+// then the next program, which must find a quiet line.
+TEST(Lv3simProcess, AnswersStreamsStopsAndLeavesNothingForTheNextProgram) {
+    Sim m({"--code=31", "--boot", "B7", "--firmware", "3.4"});
+    ASSERT_TRUE(m.ready()) << m.firstLine;
     {
-        PtyClient first(m.link);
-        first.send("U\r");
+        Port port(m.link);
+        for (int i = 0; i < 2; ++i) {
+            const auto sent = port.send("V\r");
+            ASSERT_EQ(port.read(1s, true), "V,LV31,B7,3.4\r");
+            EXPECT_LT(port.pieces.back().first - sent, 250ms);
+        }
+        port.send("U\r");
+        port.read(1s, true);  // up to the first frame: the count starts there
+        const std::string stream = port.read(2000ms);
+        std::size_t frames = 0, start = 0;
+        for (std::size_t cr; (cr = stream.find('\r', start)) != std::string::npos; ++frames) {
+            ASSERT_TRUE(protocol::splitFrame(stream.substr(start, cr - start))) << frames;
+            start = cr + 1;
+        }
+        EXPECT_GE(frames, 95u);
+        EXPECT_LE(frames, 105u);
+        // The program's probe: Q, Q, drain 0.1 s, then the line must be quiet.
+        port.send("Q\r");
+        port.send("Q\r");
+        port.read(100ms);
+        EXPECT_EQ(port.read(300ms), "");
+        port.send("U\r");
         std::this_thread::sleep_for(300ms);  // frames pile up unread
-        first.send("Q\r");
+        port.send("Q\r");
     }
     std::this_thread::sleep_for(100ms);
-    PtyClient second(m.link);
-    EXPECT_EQ(second.read(300ms), "");
-    second.send("V\r");
-    EXPECT_EQ(second.read(1s, true), "V,LV40,1.02,2.10\r");
+    Port next(m.link);
+    EXPECT_EQ(next.read(300ms), "");
+    next.send("V\r");
+    EXPECT_EQ(next.read(1s, true), "V,LV31,B7,3.4\r");
 }
 
 TEST(Lv3simProcess, ScriptOnceSendsExactlyTheScript) {
-    Meter m({"--script", "@frames.txt", "--once"},
-            {{"frames.txt", "# three frames, one bad\nP12342A5000F\n\nO00000000000\nP12 bad\n"}});
+    Sim m({"--script", "@frames.txt", "--once"},
+          {{"frames.txt",
+            "# a bad one too\r\nP12342A5000F\n\n \t\nO00000000000\r\nP12 bad\n P0 \n"}});
     ASSERT_TRUE(m.ready());
-    PtyClient port(m.link);
+    Port port(m.link);
     port.send("U\r");
-    EXPECT_EQ(port.read(500ms), "P12342A5000F\rO00000000000\rP12 bad\r");
+    EXPECT_EQ(port.read(500ms), "P12342A5000F\rO00000000000\rP12 bad\r P0 \r");
 }
 
 TEST(Lv3simProcess, LoaderTakesAnUploadAndLogsEveryLine) {
-    Meter m({"--ack-split", "--table-out", "@table.txt", "--log", "@log.txt"});
+    Sim m({"--ack-split", "--fail-every=3", "--table-out", "@table.txt", "--log", "@log.txt"});
     ASSERT_TRUE(m.ready());
-    PtyClient port(m.link);
+    Port port(m.link);
     std::vector<std::uint8_t> first(16, 0x0A), last(16, 0xFF);
     for (int i = 0; i < 16; i += 2) first[i] = static_cast<std::uint8_t>(i);
     const std::pair<std::string, std::string> dialogue[] = {
@@ -124,6 +190,7 @@ TEST(Lv3simProcess, LoaderTakesAnUploadAndLogsEveryLine) {
         {formatExtendedLinearAddress(0), "PASS\r"},
         {formatDataRecord(0xE000, first), "PASS\r"},
         {":10E01000000000000000000000000000000000FF", "FAIL\r"},
+        {formatDataRecord(0xE100, last), "FAIL\r"},  // the third HEX line: refused
         {formatDataRecord(0xFFF0, last), "PASS\r"},
         {formatEndOfFile(), "PASS\r"},
     };
@@ -132,52 +199,40 @@ TEST(Lv3simProcess, LoaderTakesAnUploadAndLogsEveryLine) {
     int split = 0;
     for (const auto& [line, answer] : dialogue) {
         const auto sent = port.send(line + "\r");
-        const auto pieces = port.readPieces(300ms, true);
-        ASSERT_EQ(joined(pieces), answer) << line;
-        EXPECT_LT(msBetween(sent, pieces.back().at), 300);
-        split += pieces.size() == 2 && pieces[0].bytes.size() == 4;
+        ASSERT_EQ(port.read(300ms, true), answer) << line;
+        EXPECT_LT(port.pieces.back().first - sent, 300ms);
+        split += port.pieces.size() == 2 && port.pieces[0].second == 4;
     }
-    EXPECT_GE(split, 4) << "acknowledgements that came as two writes";
+    EXPECT_GE(split, 5) << "acknowledgements that came as two writes";
 
-    std::ifstream table(m.path("table.txt"));
-    std::vector<long> entries;
-    for (long v; table >> v;) entries.push_back(v);
-    ASSERT_EQ(entries.size(), 4096u);
-    for (int k = 0; k < 4096; ++k) {
-        const long expected = k < 8 ? 0x0A00 + 2 * k : k < 4088 ? k : 0xFFFF;
-        ASSERT_EQ(entries[k], expected) << "entry " << k;
-    }
+    std::string table;
+    for (int k = 0; k < 4096; ++k)
+        table += std::to_string(k < 8 ? 0x0A00 + 2 * k : k < 4088 ? k : 0xFFFF) + "\n";
+    EXPECT_EQ(m.text("table.txt"), table);
 
-    std::ifstream log(m.path("log.txt"));
-    std::vector<std::string> received;
-    for (std::string line; std::getline(log, line);)
-        if (!line.starts_with("#")) received.push_back(line.substr(line.find(' ') + 1));
     std::vector<std::string> expected = {"H", "\\xC2\\xD4"};
     for (std::size_t i = 1; i < std::size(dialogue); ++i) expected.push_back(dialogue[i].first);
-    EXPECT_EQ(received, expected);
+    EXPECT_EQ(m.received(), expected);
 }
 
 TEST(Lv3simProcess, MuteMeterReadsButNeverAnswers) {
-    Meter m({"--mute", "--log", "@log.txt"});
+    Sim m({"--mute", "--log", "@log.txt"});
     ASSERT_TRUE(m.ready());
-    PtyClient port(m.link);
+    Port port(m.link);
     port.send("V\rU\r");
     EXPECT_EQ(port.read(400ms), "");
-    std::ifstream log(m.path("log.txt"));
-    const std::string text(std::istreambuf_iterator<char>(log), {});
-    EXPECT_NE(text.find(" V\n"), std::string::npos) << text;
-    EXPECT_NE(text.find(" U\n"), std::string::npos) << text;
+    EXPECT_EQ(m.received(), (std::vector<std::string>{"V", "U"}));
 }
 
 TEST(Lv3simProcess, EndsCleanlyAndRemovesItsLink) {
     const std::pair<int, std::vector<std::string>> cases[] = {
         {SIGTERM, {}}, {SIGINT, {}}, {0, {"--exit-after", "0.3"}}};
     for (const auto& [sig, args] : cases) {
-        Meter m(args);
+        Sim m(args);
         ASSERT_TRUE(m.ready());
         ASSERT_TRUE(fs::is_symlink(m.link));
-        if (sig) m.process->signal(sig);
-        EXPECT_EQ(m.process->waitExit(3s), 0) << "signal " << sig;
+        if (sig) ::kill(m.pid, sig);
+        EXPECT_EQ(m.waitExit(), 0) << "signal " << sig;
         EXPECT_FALSE(fs::is_symlink(m.link)) << "signal " << sig;
     }
 }
@@ -185,15 +240,12 @@ TEST(Lv3simProcess, EndsCleanlyAndRemovesItsLink) {
 TEST(Lv3simProcess, ExitCodesForHelpAndBadOptions) {
     const std::pair<std::vector<std::string>, int> cases[] = {
         {{"--help"}, 0},
-        {{"--link", "x", "--burst", "0"}, 2},
-        {{"--link", "x", "--nonsense"}, 2},
-        {{"--link", "x", "--script", "/nonexistent/frames"}, 2},
-    };
-    for (const auto& [args, code] : cases) {
-        SimProcess p(args);
-        EXPECT_EQ(p.waitExit(3s), code) << args.back();
-    }
+        {{"--burst", "0"}, 2},
+        {{"--once"}, 2},
+        {{"--stall-for=1"}, 2},
+        {{"--script", "/nonexistent/frames"}, 2}};
+    for (const auto& [args, code] : cases) EXPECT_EQ(Sim(args).waitExit(), code) << args[0];
 }
 
 }  // namespace
-}  // namespace lv::sim::test
+}  // namespace lv::sim
