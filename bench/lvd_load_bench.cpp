@@ -24,8 +24,7 @@ constexpr std::int32_t kThreeHours = 3 * 3600 * 50;
 constexpr int kDialType = 1;
 
 // Heap in use: small blocks plus the large ones the allocator maps directly.
-std::int64_t heapInUse()
-{
+std::int64_t heapInUse() {
     const struct mallinfo2 info = ::mallinfo2();
     return static_cast<std::int64_t>(info.uordblks + info.hblkhd);
 }
@@ -33,8 +32,7 @@ std::int64_t heapInUse()
 // A recording as the recorder would leave it, written once by the writer.
 class ThreeHourFile {
 public:
-    ThreeHourFile()
-    {
+    ThreeHourFile() {
         std::string pattern = (std::filesystem::temp_directory_path() / "lv_bench_XXXXXX").string();
         if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
         m_folder = pattern;
@@ -56,8 +54,7 @@ public:
         const auto saved = lv::saveLvdFile(m_path, buffer, lv::StartStamp{45296, 8801, 1, 1});
         if (!saved.saved) throw std::runtime_error(saved.text);
     }
-    ~ThreeHourFile()
-    {
+    ~ThreeHourFile() {
         std::error_code ec;
         std::filesystem::remove_all(m_folder, ec);
     }
@@ -68,14 +65,12 @@ private:
     std::filesystem::path m_path;
 };
 
-const ThreeHourFile& threeHourFile()
-{
+const ThreeHourFile& threeHourFile() {
     static const ThreeHourFile file;
     return file;
 }
 
-void BM_LoadThreeHourRecording(benchmark::State& state)
-{
+void BM_LoadThreeHourRecording(benchmark::State& state) {
     const ThreeHourFile& file = threeHourFile();
     const auto fileBytes = static_cast<double>(std::filesystem::file_size(file.path()));
 
@@ -116,8 +111,7 @@ void BM_LoadThreeHourRecording(benchmark::State& state)
 BENCHMARK(BM_LoadThreeHourRecording)->Unit(benchmark::kMillisecond);
 
 // The other way, for comparison: "Save As" of the same recording.
-void BM_SaveThreeHourRecording(benchmark::State& state)
-{
+void BM_SaveThreeHourRecording(benchmark::State& state) {
     const ThreeHourFile& file = threeHourFile();
     lv::RecBuffer buffer;
     if (!lv::loadLvdFile(file.path(), kDialType, buffer).ok()) {

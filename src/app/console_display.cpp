@@ -9,7 +9,9 @@ void ConsoleDisplay::line(const char* what, const std::string& text) {
     std::fflush(m_out);
 }
 
-void ConsoleDisplay::Update_BaseDisplay(const std::string& text) { line("Base", text); }
+void ConsoleDisplay::Update_BaseDisplay(const std::string& text) {
+    line("Base", text);
+}
 
 void ConsoleDisplay::Update_BdDisplay(const std::string& text) {
     // The BD readout is redrawn on every status change; print only news.
@@ -18,7 +20,9 @@ void ConsoleDisplay::Update_BdDisplay(const std::string& text) {
     line("BD", text);
 }
 
-void ConsoleDisplay::Update_ModeDisplay(const std::string& text, Colour) { line("Status", text); }
+void ConsoleDisplay::Update_ModeDisplay(const std::string& text, Colour) {
+    line("Status", text);
+}
 
 void ConsoleDisplay::Update_SensKnob(int sensPos) {
     line("Knob", std::to_string(sensPos) + " (" + sensLabel(sensPos) + ")");
@@ -36,6 +40,8 @@ void ConsoleDisplay::Update_Clock(int hour, int minute, int second, const Calend
     line("Clock", text);
 }
 
-void ConsoleDisplay::showPlayTime(const std::string& text) { line("Time", text); }
+void ConsoleDisplay::showPlayTime(const std::string& text) {
+    line("Time", text);
+}
 
 }  // namespace lv

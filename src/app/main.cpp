@@ -1,3 +1,4 @@
+#include <unistd.h>
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QSerialPortInfo>
@@ -6,7 +7,6 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <unistd.h>
 
 #include "app/console_display.h"
 #include "app/live_session.h"
@@ -65,7 +65,8 @@ int main(int argc, char* argv[]) {
         std::signal(SIGINT, onSignal);
         std::signal(SIGTERM, onSignal);
         auto* notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
-        QObject::connect(notifier, &QSocketNotifier::activated, &app, [] { QCoreApplication::quit(); });
+        QObject::connect(notifier, &QSocketNotifier::activated, &app,
+                         [] { QCoreApplication::quit(); });
     }
     if (parser.isSet(exitAfterOption)) {
         bool ok = false;

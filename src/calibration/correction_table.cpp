@@ -16,11 +16,15 @@ constexpr std::array<std::array<int, 13>, 2> kNominal{{
     {0, 198, 661, 1123, 1586, 2048, 2511, 2973, 3436, 3898, 4095, 0, 0},
 }};
 
-int row(int scaleType) { return scaleType == 1 ? 1 : 0; }
+int row(int scaleType) {
+    return scaleType == 1 ? 1 : 0;
+}
 
 }  // namespace
 
-int scalePointCount(int scaleType) { return scaleType == 1 ? 11 : 13; }
+int scalePointCount(int scaleType) {
+    return scaleType == 1 ? 11 : 13;
+}
 
 int nominalPoint(int scaleType, int point) {
     return kNominal[row(scaleType)].at(static_cast<std::size_t>(point));
@@ -39,7 +43,8 @@ DialCalibrationValues calibrationFromList(const std::vector<int>& list, int scal
     DialCalibrationValues out{};
     const int n = std::min<int>(innerPointCount(scaleType), static_cast<int>(list.size()));
     for (int i = 0; i < n; ++i)
-        out[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(list[static_cast<std::size_t>(i)]);
+        out[static_cast<std::size_t>(i)] =
+            static_cast<std::int16_t>(list[static_cast<std::size_t>(i)]);
     return out;
 }
 
@@ -66,7 +71,8 @@ CorrectionTable buildCorrectionTable(const std::vector<int>& work, int scaleType
         const double slope = static_cast<double>(w1 - w0) / static_cast<double>(n1 - n0);
         for (int index = n0 + 1; index <= n1; ++index) {
             const double entry = w0 + (index - n0) * slope;
-            table[static_cast<std::size_t>(index)] = static_cast<std::int16_t>(roundHalfEven(entry));
+            table[static_cast<std::size_t>(index)] =
+                static_cast<std::int16_t>(roundHalfEven(entry));
         }
     }
     return table;
@@ -75,8 +81,8 @@ CorrectionTable buildCorrectionTable(const std::vector<int>& work, int scaleType
 std::string correctionTableRecord(const CorrectionTable& table, int record) {
     std::array<std::uint8_t, 2 * kEntriesPerRecord> bytes{};
     for (int k = 0; k < kEntriesPerRecord; ++k) {
-        const auto entry =
-            static_cast<std::uint16_t>(table[static_cast<std::size_t>(record * kEntriesPerRecord + k)]);
+        const auto entry = static_cast<std::uint16_t>(
+            table[static_cast<std::size_t>(record * kEntriesPerRecord + k)]);
         bytes[static_cast<std::size_t>(2 * k)] = static_cast<std::uint8_t>(entry & 0xFF);
         bytes[static_cast<std::size_t>(2 * k + 1)] = static_cast<std::uint8_t>(entry >> 8);
     }

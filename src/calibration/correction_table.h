@@ -28,7 +28,9 @@ int scalePointCount(int scaleType);
 // Nominal drive of point `point` (0 .. count-1) of the scale.
 int nominalPoint(int scaleType, int point);
 // Inner points shown for calibration: count - 2.
-inline int innerPointCount(int scaleType) { return scalePointCount(scaleType) - 2; }
+inline int innerPointCount(int scaleType) {
+    return scalePointCount(scaleType) - 2;
+}
 
 // The calibration list's starting values: a stored value, or the nominal
 // drive where the point was never calibrated (stored 0).

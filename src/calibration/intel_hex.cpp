@@ -11,7 +11,9 @@ namespace {
 constexpr std::size_t kOverheadBytes = 5;  // count, address high, address low, type, checksum
 constexpr std::size_t kMaxData = 255;
 
-void appendHexByte(std::string& out, std::uint8_t byte) { out += hexUpper(byte, 2); }
+void appendHexByte(std::string& out, std::uint8_t byte) {
+    out += hexUpper(byte, 2);
+}
 
 std::optional<HexRecord> fail(HexLineError* error, HexLineError why) {
     if (error) *error = why;
@@ -51,8 +53,8 @@ std::optional<HexRecord> parseHexLine(std::string_view line, HexLineError* error
 
     std::vector<std::uint8_t> bytes(digits.size() / 2);
     for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] =
-            static_cast<std::uint8_t>(hexDigitValue(digits[2 * i]) * 16 + hexDigitValue(digits[2 * i + 1]));
+        bytes[i] = static_cast<std::uint8_t>(hexDigitValue(digits[2 * i]) * 16 +
+                                             hexDigitValue(digits[2 * i + 1]));
     if (bytes.size() < kOverheadBytes) return fail(error, HexLineError::TooShort);
     if (bytes[0] != bytes.size() - kOverheadBytes) return fail(error, HexLineError::CountMismatch);
 

@@ -30,6 +30,8 @@ double secondsSince(Pump& pump, double start) {
     return now - start;
 }
 
-void SDelay(Pump& pump, double secs) { TDelay(pump, secs * kTicksPerSecond); }
+void SDelay(Pump& pump, double secs) {
+    TDelay(pump, secs * kTicksPerSecond);
+}
 
 }  // namespace lv

@@ -18,7 +18,8 @@ constexpr int hexDigitValue(char c) {
 inline std::string hexUpper(std::uint32_t value, int width) {
     static constexpr char kDigits[] = "0123456789ABCDEF";
     std::string out(static_cast<std::size_t>(width), '0');
-    for (int i = width - 1; i >= 0; --i, value >>= 4) out[static_cast<std::size_t>(i)] = kDigits[value & 0xF];
+    for (int i = width - 1; i >= 0; --i, value >>= 4)
+        out[static_cast<std::size_t>(i)] = kDigits[value & 0xF];
     return out;
 }
 

@@ -18,7 +18,9 @@ double QtPump::Timer() {
     return std::fmod(t, 86400.0);
 }
 
-void QtPump::DoEvents() { QCoreApplication::processEvents(QEventLoop::AllEvents); }
+void QtPump::DoEvents() {
+    QCoreApplication::processEvents(QEventLoop::AllEvents);
+}
 
 void QtPump::wait(double seconds) {
     const int ms = static_cast<int>(std::ceil(seconds * 1000.0));

@@ -7,32 +7,27 @@ namespace lv {
 namespace {
 
 // Two digits with a leading zero; only ever given 0..99.
-void appendTwoDigits(std::string& out, int value)
-{
+void appendTwoDigits(std::string& out, int value) {
     out += static_cast<char>('0' + value / 10);
     out += static_cast<char>('0' + value % 10);
 }
 
 }  // namespace
 
-std::int32_t daysSince1999(std::chrono::year_month_day date)
-{
+std::int32_t daysSince1999(std::chrono::year_month_day date) {
     const auto days = std::chrono::sys_days{date} - std::chrono::sys_days{kDayZero};
     return static_cast<std::int32_t>(days.count());
 }
 
-std::chrono::year_month_day dateFromDays(std::int32_t days)
-{
+std::chrono::year_month_day dateFromDays(std::int32_t days) {
     return std::chrono::year_month_day{std::chrono::sys_days{kDayZero} + std::chrono::days{days}};
 }
 
-std::int32_t secondsOfDay(const LocalDateTime& t)
-{
+std::int32_t secondsOfDay(const LocalDateTime& t) {
     return t.hour * 3600 + t.minute * 60 + t.second;
 }
 
-std::string formatNameStamp(const LocalDateTime& t)
-{
+std::string formatNameStamp(const LocalDateTime& t) {
     const int year = static_cast<int>(t.date.year());
     std::string out;
     out.reserve(18);
@@ -50,8 +45,7 @@ std::string formatNameStamp(const LocalDateTime& t)
     return out;
 }
 
-std::string clockText(std::int64_t secondsSinceMidnight)
-{
+std::string clockText(std::int64_t secondsSinceMidnight) {
     constexpr std::int64_t kDay = 86400;
     const std::int64_t s = ((secondsSinceMidnight % kDay) + kDay) % kDay;
     std::string out;
@@ -64,8 +58,7 @@ std::string clockText(std::int64_t secondsSinceMidnight)
     return out;
 }
 
-LocalDateTime localNow()
-{
+LocalDateTime localNow() {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     localtime_r(&now, &local);

@@ -15,8 +15,12 @@ namespace lv {
 
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+bool isBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\n';
+}
 
 // Result of reading a number at the start of some text.
 struct Scanned {
@@ -27,8 +31,7 @@ struct Scanned {
 // "&H1F" (hex), "&O17" or "&17" (octal). The original types such a literal by
 // its size: up to 16 bits it is an Integer, so "&HFFFF" is -1; up to 32 bits
 // a Long, so "&HFFFFFFFF" is -1 too.
-Scanned scanRadixLiteral(std::string_view text)
-{
+Scanned scanRadixLiteral(std::string_view text) {
     if (text.size() < 2 || text[0] != '&') return {};
     int radix = 8;
     std::size_t pos = 1;
@@ -58,8 +61,7 @@ Scanned scanRadixLiteral(std::string_view text)
 
 // Sign, digits, one point, digits, then an exponent (E or D, as the original
 // accepts both) only if digits follow it. At least one mantissa digit.
-Scanned scanDecimal(std::string_view text)
-{
+Scanned scanDecimal(std::string_view text) {
     std::string canonical;  // what from_chars gets: no '+', 'e' for 'D'
     std::size_t pos = 0;
     if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) {
@@ -80,7 +82,8 @@ Scanned scanDecimal(std::string_view text)
     }
     if (mantissaDigits == 0) return {};
     if (canonical.back() == '.') canonical += '0';
-    if (pos < text.size() && (text[pos] == 'e' || text[pos] == 'E' || text[pos] == 'd' || text[pos] == 'D')) {
+    if (pos < text.size() &&
+        (text[pos] == 'e' || text[pos] == 'E' || text[pos] == 'd' || text[pos] == 'D')) {
         std::size_t p = pos + 1;
         std::string exponent = "e";
         if (p < text.size() && (text[p] == '+' || text[p] == '-')) {
@@ -95,7 +98,8 @@ Scanned scanDecimal(std::string_view text)
         }
     }
     double value = 0;
-    const auto parsed = std::from_chars(canonical.data(), canonical.data() + canonical.size(), value);
+    const auto parsed =
+        std::from_chars(canonical.data(), canonical.data() + canonical.size(), value);
     if (parsed.ec == std::errc::result_out_of_range) {
         // from_chars leaves the value alone here; decide the side by the exponent's sign.
         const bool tiny = canonical.find("e-") != std::string::npos;
@@ -105,37 +109,34 @@ Scanned scanDecimal(std::string_view text)
     return {pos, value};
 }
 
-Scanned scanNumber(std::string_view text)
-{
+Scanned scanNumber(std::string_view text) {
     if (!text.empty() && text[0] == '&') return scanRadixLiteral(text);
     return scanDecimal(text);
 }
 
-std::string_view trimBlanks(std::string_view text)
-{
+std::string_view trimBlanks(std::string_view text) {
     while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
     while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
     return text;
 }
 
 // The whole text (blanks around allowed) must be one number.
-std::optional<double> strictNumber(std::string_view text)
-{
+std::optional<double> strictNumber(std::string_view text) {
     text = trimBlanks(text);
     if (text.empty()) return std::nullopt;
     const Scanned s = scanNumber(text);
     if (s.used == 0 || s.used != text.size()) return std::nullopt;
     if (text[0] == '&') {
         // Val reads a bare "&H" as 0; as a whole value it is not a number.
-        const bool lettered = text.size() > 1 && (text[1] == 'h' || text[1] == 'H' || text[1] == 'o' || text[1] == 'O');
+        const bool lettered = text.size() > 1 && (text[1] == 'h' || text[1] == 'H' ||
+                                                  text[1] == 'o' || text[1] == 'O');
         if (s.used <= (lettered ? 2u : 1u)) return std::nullopt;
     }
     return s.value;
 }
 
 template <typename Int>
-std::optional<Int> roundedToRange(std::optional<double> value)
-{
+std::optional<Int> roundedToRange(std::optional<double> value) {
     if (!value) return std::nullopt;
     constexpr double lo = static_cast<double>(std::numeric_limits<Int>::min());
     constexpr double hi = static_cast<double>(std::numeric_limits<Int>::max());
@@ -146,8 +147,7 @@ std::optional<Int> roundedToRange(std::optional<double> value)
     return static_cast<Int>(r);
 }
 
-bool equalsNoCase(std::string_view a, std::string_view b)
-{
+bool equalsNoCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) return false;
     for (std::size_t i = 0; i < a.size(); ++i) {
         char x = a[i], y = b[i];
@@ -168,10 +168,11 @@ struct NumberPattern {
     int maxDec = 0;  // all placeholders after the point
 };
 
-bool isPlaceholder(char c) { return c == '0' || c == '#' || c == '.'; }
+bool isPlaceholder(char c) {
+    return c == '0' || c == '#' || c == '.';
+}
 
-NumberPattern parsePattern(std::string_view pattern)
-{
+NumberPattern parsePattern(std::string_view pattern) {
     NumberPattern p;
     const std::size_t first = pattern.find_first_of("0#.");
     const std::size_t last = pattern.find_last_of("0#.");
@@ -201,8 +202,7 @@ NumberPattern parsePattern(std::string_view pattern)
 
 }  // namespace
 
-std::int64_t roundHalfEven(double value)
-{
+std::int64_t roundHalfEven(double value) {
     if (std::isnan(value)) return 0;
     constexpr double limit = 9.2e18;  // inside int64 with room for the +1 below
     if (value >= limit) return static_cast<std::int64_t>(limit);
@@ -213,8 +213,7 @@ std::int64_t roundHalfEven(double value)
     return static_cast<std::int64_t>(whole);
 }
 
-std::string formatNumber(double value, std::string_view pattern)
-{
+std::string formatNumber(double value, std::string_view pattern) {
     const NumberPattern p = parsePattern(pattern);
     if (!std::isfinite(value)) return value != value ? "NaN" : (value < 0 ? "-Inf" : "Inf");
     if (pattern.find_first_of("0#.") == std::string_view::npos) return p.prefix;
@@ -264,7 +263,8 @@ std::string formatNumber(double value, std::string_view pattern)
     whole = firstNonZero == std::string::npos ? std::string() : whole.substr(firstNonZero);
     if (static_cast<int>(whole.size()) < p.minInt)
         whole.insert(0, static_cast<std::size_t>(p.minInt) - whole.size(), '0');
-    while (static_cast<int>(fraction.size()) > p.minDec && fraction.back() == '0') fraction.pop_back();
+    while (static_cast<int>(fraction.size()) > p.minDec && fraction.back() == '0')
+        fraction.pop_back();
 
     std::string out;
     if (value < 0 && !isZero) out += '-';
@@ -276,8 +276,7 @@ std::string formatNumber(double value, std::string_view pattern)
     return out;
 }
 
-double vbVal(std::string_view text)
-{
+double vbVal(std::string_view text) {
     // Val ignores blanks anywhere, not only in front: " 1 2" reads as 12.
     std::string packed;
     packed.reserve(text.size());
@@ -286,18 +285,15 @@ double vbVal(std::string_view text)
     return scanNumber(packed).value;
 }
 
-std::optional<std::int32_t> vbCLng(std::string_view text)
-{
+std::optional<std::int32_t> vbCLng(std::string_view text) {
     return roundedToRange<std::int32_t>(strictNumber(text));
 }
 
-std::optional<std::int16_t> vbCInt(std::string_view text)
-{
+std::optional<std::int16_t> vbCInt(std::string_view text) {
     return roundedToRange<std::int16_t>(strictNumber(text));
 }
 
-std::optional<bool> vbCBool(std::string_view text)
-{
+std::optional<bool> vbCBool(std::string_view text) {
     const std::string_view t = trimBlanks(text);
     if (equalsNoCase(t, "true")) return true;
     if (equalsNoCase(t, "false")) return false;

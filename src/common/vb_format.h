@@ -39,6 +39,8 @@ std::optional<std::int16_t> vbCInt(std::string_view text);
 std::optional<bool> vbCBool(std::string_view text);
 
 // The value-to-text conversion the settings file uses for booleans.
-inline const char* vbBoolText(bool value) { return value ? "True" : "False"; }
+inline const char* vbBoolText(bool value) {
+    return value ? "True" : "False";
+}
 
 }  // namespace lv

@@ -33,16 +33,14 @@ void countGoodFrame(LiveContext& ctx) {
         ++st.GoodFrames;
         if (st.GoodFrames == kGoodFramesForOk) {
             lampRecover(st, ctx.cfg, ctx.display);
-            st.StatusText =
-                std::string(st.RunMode == kRunLive ? kStatusInputOk : kStatusRecording);
+            st.StatusText = std::string(st.RunMode == kRunLive ? kStatusInputOk : kStatusRecording);
             if (st.StatusText != st.ShownStatus)
                 showStatus(st, ctx.display, st.StatusText, ctx.cfg.Text_Color);
         }
     }
     // Someone else (the watchdog) declared an error after the link was judged
     // good: it has to earn five good frames again.
-    if (st.ShownStatus == kStatusInputError && st.GoodFrames == kGoodFramesForOk)
-        st.GoodFrames = 0;
+    if (st.ShownStatus == kStatusInputError && st.GoodFrames == kGoodFramesForOk) st.GoodFrames = 0;
 }
 
 }  // namespace

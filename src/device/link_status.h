@@ -14,8 +14,7 @@ inline constexpr std::string_view kStatusDemo = "Demo Mode";
 inline constexpr Colour kStatusErrorColour = 255;  // red
 
 // Puts a text on the status line and remembers it as shown.
-inline void showStatus(MeterState& st, DisplaySink& display, std::string_view text,
-                       Colour colour) {
+inline void showStatus(MeterState& st, DisplaySink& display, std::string_view text, Colour colour) {
     st.ShownStatus = std::string(text);
     st.StatusColour = colour;
     display.Update_ModeDisplay(st.ShownStatus, colour);

@@ -16,6 +16,8 @@ bool probeMeter(SerialPort& port, Pump& pump, protocol::VersionInfo& info);
 bool startMeter(SerialPort& port, Pump& pump, const std::string& hardwareCode, bool sensorRemote);
 
 // Codes whose start shows the local/remote sensor choice.
-inline bool hasSensorChoice(const std::string& hardwareCode) { return hardwareCode == "31"; }
+inline bool hasSensorChoice(const std::string& hardwareCode) {
+    return hardwareCode == "31";
+}
 
 }  // namespace lv

@@ -7,9 +7,13 @@ QtSerialPort::QtSerialPort(QObject* parent) : QObject(parent) {
     connect(&m_port, &QSerialPort::errorOccurred, this, &QtSerialPort::onError);
 }
 
-void QtSerialPort::setPortName(const std::string& path) { m_path = QString::fromStdString(path); }
+void QtSerialPort::setPortName(const std::string& path) {
+    m_path = QString::fromStdString(path);
+}
 
-std::string QtSerialPort::portName() const { return m_path.toStdString(); }
+std::string QtSerialPort::portName() const {
+    return m_path.toStdString();
+}
 
 bool QtSerialPort::open() {
     if (m_port.isOpen()) return true;
@@ -38,7 +42,9 @@ void QtSerialPort::close() {
     if (m_port.isOpen()) m_port.close();
 }
 
-bool QtSerialPort::isOpen() const { return m_port.isOpen(); }
+bool QtSerialPort::isOpen() const {
+    return m_port.isOpen();
+}
 
 int QtSerialPort::bytesWaiting() {
     return m_port.isOpen() ? static_cast<int>(m_port.bytesAvailable()) : 0;
@@ -60,7 +66,9 @@ void QtSerialPort::discardInput() {
     if (m_port.isOpen()) m_port.clear(QSerialPort::Input);
 }
 
-void QtSerialPort::setThreshold(int threshold) { m_threshold = threshold; }
+void QtSerialPort::setThreshold(int threshold) {
+    m_threshold = threshold;
+}
 
 void QtSerialPort::onReadyRead() {
     if (m_threshold > 0 && m_port.bytesAvailable() >= m_threshold) fireReceive();

@@ -28,14 +28,12 @@ public:
     explicit FileHandle(int fd) : m_fd(fd) {}
     FileHandle(const FileHandle&) = delete;
     FileHandle& operator=(const FileHandle&) = delete;
-    ~FileHandle()
-    {
+    ~FileHandle() {
         if (m_fd >= 0) ::close(m_fd);
     }
     int get() const { return m_fd; }
     // Closing can be where a write fails (a full disk over a network mount).
-    int release()
-    {
+    int release() {
         const int rc = ::close(m_fd);
         m_fd = -1;
         return rc;
@@ -45,8 +43,7 @@ private:
     int m_fd;
 };
 
-LoadResult failure(LoadStatus status, std::string title, std::string text)
-{
+LoadResult failure(LoadStatus status, std::string title, std::string text) {
     LoadResult r;
     r.status = status;
     r.title = std::move(title);
@@ -54,26 +51,22 @@ LoadResult failure(LoadStatus status, std::string title, std::string text)
     return r;
 }
 
-LoadResult incompatible()
-{
+LoadResult incompatible() {
     return failure(LoadStatus::Incompatible, "Incompatible file format",
                    "This file is corrupt or needs to be converted to version 2 format.");
 }
 
-LoadResult unreadable(const std::filesystem::path& path, const std::string& reason)
-{
+LoadResult unreadable(const std::filesystem::path& path, const std::string& reason) {
     return failure(LoadStatus::Unreadable, "Cannot Open File", path.string() + "\n\n" + reason);
 }
 
-std::span<const std::uint8_t> bytesOf(const std::vector<lvdRecord>& records, std::size_t length)
-{
+std::span<const std::uint8_t> bytesOf(const std::vector<lvdRecord>& records, std::size_t length) {
     const auto* p = reinterpret_cast<const std::uint8_t*>(records.data());
     return {p, std::min(length, records.size() * kLvdRecordSize)};
 }
 
 // The records arrive as the file's raw bytes; each is decoded where it lies.
-lvdRecord decodeInPlace(lvdRecord& slot)
-{
+lvdRecord decodeInPlace(lvdRecord& slot) {
     std::array<std::uint8_t, kLvdRecordSize> raw;
     std::memcpy(raw.data(), &slot, kLvdRecordSize);
     slot = decodeRecord(raw.data());
@@ -82,8 +75,7 @@ lvdRecord decodeInPlace(lvdRecord& slot)
 
 // Everything after the bytes are in memory and have passed validation.
 LoadResult takeRecords(std::vector<lvdRecord>&& records, std::optional<int> dialType,
-                       RecBuffer& buffer, const LoadProgress& progress)
-{
+                       RecBuffer& buffer, const LoadProgress& progress) {
     const auto count = static_cast<std::int32_t>(records.size());
     LoadResult result;
 
@@ -105,7 +97,8 @@ LoadResult takeRecords(std::vector<lvdRecord>&& records, std::optional<int> dial
             // Never read: what follows stays empty.
             std::fill(records.begin() + i, records.end(), lvdRecord{});
             buffer.replaceRecords(std::move(records));
-            result = failure(LoadStatus::WrongDialType, "Wrong Dial Type", "This file is incompatible.");
+            result =
+                failure(LoadStatus::WrongDialType, "Wrong Dial Type", "This file is incompatible.");
             result.recordsRead = i;
             return result;
         }
@@ -126,8 +119,7 @@ LoadResult takeRecords(std::vector<lvdRecord>&& records, std::optional<int> dial
 }
 
 // Reads up to length bytes into dst; fewer only at end of file.
-bool readFully(int fd, std::uint8_t* dst, std::size_t length, std::size_t& got)
-{
+bool readFully(int fd, std::uint8_t* dst, std::size_t length, std::size_t& got) {
     got = 0;
     while (got < length) {
         const ssize_t n = ::read(fd, dst + got, length - got);
@@ -141,8 +133,7 @@ bool readFully(int fd, std::uint8_t* dst, std::size_t length, std::size_t& got)
     return true;
 }
 
-bool writeFully(int fd, const std::uint8_t* src, std::size_t length)
-{
+bool writeFully(int fd, const std::uint8_t* src, std::size_t length) {
     while (length > 0) {
         const ssize_t n = ::write(fd, src, length);
         if (n < 0) {
@@ -157,13 +148,11 @@ bool writeFully(int fd, const std::uint8_t* src, std::size_t length)
 
 }  // namespace
 
-std::int64_t lvdRecordCount(std::uint64_t fileLength)
-{
+std::int64_t lvdRecordCount(std::uint64_t fileLength) {
     return roundHalfEven(static_cast<double>(fileLength) / static_cast<double>(kLvdRecordSize));
 }
 
-bool Verify_lvd_Format(std::span<const std::uint8_t> fileBytes)
-{
+bool Verify_lvd_Format(std::span<const std::uint8_t> fileBytes) {
     // All five are read, even after one has failed.
     bool valid = true;
     for (int k = 0; k < kValidatedRecords; ++k) {
@@ -175,8 +164,7 @@ bool Verify_lvd_Format(std::span<const std::uint8_t> fileBytes)
 }
 
 LoadResult loadLvdBytes(std::span<const std::uint8_t> bytes, std::optional<int> dialType,
-                        RecBuffer& buffer, const LoadProgress& progress)
-{
+                        RecBuffer& buffer, const LoadProgress& progress) {
     if (!Verify_lvd_Format(bytes)) return incompatible();
     // Five valid records need 100 bytes, so the count is at least 5 here.
     const std::int64_t count = lvdRecordCount(bytes.size());
@@ -189,15 +177,14 @@ LoadResult loadLvdBytes(std::span<const std::uint8_t> bytes, std::optional<int> 
 }
 
 LoadResult loadLvdFile(const std::filesystem::path& path, std::optional<int> dialType,
-                       RecBuffer& buffer, const LoadProgress& progress)
-{
+                       RecBuffer& buffer, const LoadProgress& progress) {
     FileHandle file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (file.get() < 0) {
         if (errno == ENOENT || errno == ENOTDIR)
             return failure(LoadStatus::NotFound, "File Not Found", path.string());
         return unreadable(path, std::strerror(errno));
     }
-    struct stat st{};
+    struct stat st {};
     if (::fstat(file.get(), &st) != 0) return unreadable(path, std::strerror(errno));
     if (S_ISDIR(st.st_mode)) return unreadable(path, "This is a folder, not a recording.");
     if (!S_ISREG(st.st_mode)) return unreadable(path, "This is not an ordinary file.");
@@ -226,8 +213,7 @@ LoadResult loadLvdFile(const std::filesystem::path& path, std::optional<int> dia
 }
 
 SaveResult saveLvdRecords(const std::filesystem::path& path, std::span<const lvdRecord> records,
-                          const std::optional<StartStamp>& stamp)
-{
+                          const std::optional<StartStamp>& stamp) {
     const auto failed = [&path](int error) {
         return SaveResult{false, "File Not Saved", path.string() + "\n\n" + std::strerror(error)};
     };
@@ -253,8 +239,7 @@ SaveResult saveLvdRecords(const std::filesystem::path& path, std::span<const lvd
 }
 
 SaveResult saveLvdFile(const std::filesystem::path& path, const RecBuffer& buffer,
-                       const std::optional<StartStamp>& stamp)
-{
+                       const std::optional<StartStamp>& stamp) {
     return saveLvdRecords(path, buffer.valid(), stamp);
 }
 

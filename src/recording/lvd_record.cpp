@@ -6,32 +6,28 @@ namespace lv {
 
 namespace {
 
-void put16(std::uint8_t* out, std::uint16_t v)
-{
+void put16(std::uint8_t* out, std::uint16_t v) {
     out[0] = static_cast<std::uint8_t>(v & 0xFF);
     out[1] = static_cast<std::uint8_t>(v >> 8);
 }
 
-void put32(std::uint8_t* out, std::uint32_t v)
-{
+void put32(std::uint8_t* out, std::uint32_t v) {
     put16(out, static_cast<std::uint16_t>(v & 0xFFFF));
     put16(out + 2, static_cast<std::uint16_t>(v >> 16));
 }
 
-std::uint16_t get16(const std::uint8_t* in)
-{
+std::uint16_t get16(const std::uint8_t* in) {
     return static_cast<std::uint16_t>(in[0] | (in[1] << 8));
 }
 
-std::uint32_t get32(const std::uint8_t* in)
-{
-    return static_cast<std::uint32_t>(get16(in)) | (static_cast<std::uint32_t>(get16(in + 2)) << 16);
+std::uint32_t get32(const std::uint8_t* in) {
+    return static_cast<std::uint32_t>(get16(in)) |
+           (static_cast<std::uint32_t>(get16(in + 2)) << 16);
 }
 
 }  // namespace
 
-void encodeRecord(const lvdRecord& r, std::uint8_t* out)
-{
+void encodeRecord(const lvdRecord& r, std::uint8_t* out) {
     using namespace lvd_offset;
     put32(out + kTimeMs, static_cast<std::uint32_t>(r.TimeMs));
     put16(out + kRawData, static_cast<std::uint16_t>(r.RawData));
@@ -46,8 +42,7 @@ void encodeRecord(const lvdRecord& r, std::uint8_t* out)
     out[kFrameType] = r.FrameType;
 }
 
-lvdRecord decodeRecord(const std::uint8_t* in)
-{
+lvdRecord decodeRecord(const std::uint8_t* in) {
     using namespace lvd_offset;
     lvdRecord r;
     r.TimeMs = static_cast<std::int32_t>(get32(in + kTimeMs));
@@ -64,14 +59,12 @@ lvdRecord decodeRecord(const std::uint8_t* in)
     return r;
 }
 
-std::uint8_t packStatusFlags(int lampCode, bool stateFlag, bool bdFlag, int dialType)
-{
-    return static_cast<std::uint8_t>((lampCode & 0x03) | (stateFlag ? 0x04 : 0) | (bdFlag ? 0x08 : 0) |
-                                     ((dialType & 0x07) * 32));
+std::uint8_t packStatusFlags(int lampCode, bool stateFlag, bool bdFlag, int dialType) {
+    return static_cast<std::uint8_t>((lampCode & 0x03) | (stateFlag ? 0x04 : 0) |
+                                     (bdFlag ? 0x08 : 0) | ((dialType & 0x07) * 32));
 }
 
-RecordReadout readoutOf(const lvdRecord& record)
-{
+RecordReadout readoutOf(const lvdRecord& record) {
     RecordReadout out;
     out.base = baseText(record.BaseCode);
     out.bd = bdText(record.BdCount);

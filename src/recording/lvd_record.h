@@ -57,21 +57,31 @@ void encodeRecord(const lvdRecord& record, std::uint8_t* out);
 lvdRecord decodeRecord(const std::uint8_t* in);
 
 // The frame letters a valid file may hold.
-inline bool isValidFrameType(std::uint8_t type) { return type == 'O' || type == 'P' || type == 'T'; }
+inline bool isValidFrameType(std::uint8_t type) {
+    return type == 'O' || type == 'P' || type == 'T';
+}
 
 // StatusFlags: bits 0-1 lamp code 0..3, bit 2 the live path's state flag,
 // bit 3 the BD flag, bit 4 zero, bits 5-7 the dial type. Out-of-range lamp
 // codes and dial types keep only the bits that fit.
 std::uint8_t packStatusFlags(int lampCode, bool stateFlag, bool bdFlag, int dialType);
-inline int lampCodeOf(std::uint8_t flags) { return flags & 0x03; }
-inline bool stateFlagOf(std::uint8_t flags) { return (flags & 0x04) != 0; }
-inline bool bdFlagOf(std::uint8_t flags) { return (flags & 0x08) != 0; }
-inline int dialTypeOf(std::uint8_t flags) { return (flags & 0xE0) / 32; }
+inline int lampCodeOf(std::uint8_t flags) {
+    return flags & 0x03;
+}
+inline bool stateFlagOf(std::uint8_t flags) {
+    return (flags & 0x04) != 0;
+}
+inline bool bdFlagOf(std::uint8_t flags) {
+    return (flags & 0x08) != 0;
+}
+inline int dialTypeOf(std::uint8_t flags) {
+    return (flags & 0xE0) / 32;
+}
 
 // What playback shows for one record.
 struct RecordReadout {
-    std::string base;   // "0.0#" of ((BaseCode >> 1) + 8) / 20
-    std::string bd;     // "#0.0" of BdCount / 10, "000" from 1000 on
+    std::string base;  // "0.0#" of ((BaseCode >> 1) + 8) / 20
+    std::string bd;    // "#0.0" of BdCount / 10, "000" from 1000 on
     int lampCode = 0;
     bool bdFlag = false;
     int dialType = 0;

@@ -15,8 +15,7 @@ namespace lv {
 namespace {
 
 // UTF-8 characters in the text: every byte that does not continue a sequence.
-std::size_t characterCount(std::string_view text)
-{
+std::size_t characterCount(std::string_view text) {
     std::size_t n = 0;
     for (const char c : text)
         if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) ++n;
@@ -24,63 +23,62 @@ std::size_t characterCount(std::string_view text)
 }
 
 // prefix + three characters + one of the two extensions, compared as text.
-bool inNumberedSeries(std::string_view name, std::string_view prefix)
-{
+bool inNumberedSeries(std::string_view name, std::string_view prefix) {
     constexpr std::size_t kExtension = 4;
     if (name.size() < prefix.size() + kExtension || name.substr(0, prefix.size()) != prefix)
         return false;
     const std::string_view ext = name.substr(name.size() - kExtension);
     if (ext != ".lvd" && ext != ".wav") return false;
-    const std::string_view middle = name.substr(prefix.size(), name.size() - prefix.size() - kExtension);
+    const std::string_view middle =
+        name.substr(prefix.size(), name.size() - prefix.size() - kExtension);
     return characterCount(middle) == 3;
 }
 
 }  // namespace
 
-std::string numberedName(const std::string& prefix, std::int16_t suffixNum)
-{
+std::string numberedName(const std::string& prefix, std::int16_t suffixNum) {
     return prefix + formatNumber(suffixNum, "000");
 }
 
-std::string dateTimeName(const std::string& prefix, const LocalDateTime& when)
-{
+std::string dateTimeName(const std::string& prefix, const LocalDateTime& when) {
     return prefix + formatNameStamp(when);
 }
 
-std::string autoName(const Settings& settings, const LocalDateTime& now)
-{
-    if (settings.SuffixType == kSuffixNumber) return numberedName(settings.SavePrefix, settings.SuffixNum);
+std::string autoName(const Settings& settings, const LocalDateTime& now) {
+    if (settings.SuffixType == kSuffixNumber)
+        return numberedName(settings.SavePrefix, settings.SuffixNum);
     return dateTimeName(settings.SavePrefix, now);
 }
 
-std::filesystem::path lvdPathFor(const std::string& savePath, const std::string& name)
-{
+std::filesystem::path lvdPathFor(const std::string& savePath, const std::string& name) {
     return std::filesystem::path(savePath + name + ".lvd");
 }
 
-std::filesystem::path wavPathFor(const std::string& savePath, const std::string& name)
-{
+std::filesystem::path wavPathFor(const std::string& savePath, const std::string& name) {
     return std::filesystem::path(savePath + name + ".wav");
 }
 
-std::string namingPatternText(const Settings& settings)
-{
+std::string namingPatternText(const Settings& settings) {
     return settings.SavePrefix + (settings.SuffixType == kSuffixNumber ? "nnn" : "Date__Time");
 }
 
-std::string recordingModeCaption(std::int32_t recordingMode)
-{
+std::string recordingModeCaption(std::int32_t recordingMode) {
     switch (recordingMode) {
-    case 1: return "Manual";
-    case 2: return "Auto Name";
-    case 3: return "Auto Save";
-    case 4: return "Capture";
-    default: return {};
+        case 1:
+            return "Manual";
+        case 2:
+            return "Auto Name";
+        case 3:
+            return "Auto Save";
+        case 4:
+            return "Capture";
+        default:
+            return {};
     }
 }
 
-std::optional<PrefixProblem> validatePrefix(const std::string& savePath, const std::string& prefix)
-{
+std::optional<PrefixProblem> validatePrefix(const std::string& savePath,
+                                            const std::string& prefix) {
     const PrefixProblem problem{"Validate Filename", "Error: Invalid Prefix name "};
     const std::filesystem::path probe = lvdPathFor(savePath, prefix + "000");
     // O_EXCL: a file of that name that is already there is never truncated or deleted.
@@ -91,14 +89,13 @@ std::optional<PrefixProblem> validatePrefix(const std::string& savePath, const s
         return std::nullopt;
     }
     if (errno != EEXIST) return problem;
-    struct stat st{};
+    struct stat st {};
     if (::stat(probe.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return problem;
     if (::access(probe.c_str(), W_OK) != 0) return problem;
     return std::nullopt;
 }
 
-ResetOutcome resetNumbering(Settings& settings)
-{
+ResetOutcome resetNumbering(Settings& settings) {
     settings.SuffixNum = 1;
     ResetOutcome outcome;
     if (settings.SavePath.empty()) return outcome;

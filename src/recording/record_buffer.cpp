@@ -10,27 +10,23 @@ namespace lv {
 
 RecBuffer::RecBuffer() : m_records(kGrowth) {}
 
-lvdRecord& RecBuffer::operator()(std::int32_t i)
-{
+lvdRecord& RecBuffer::operator()(std::int32_t i) {
     if (i < 1 || i > upperBound())
         throw std::out_of_range("RecBuffer(" + std::to_string(i) + ") beyond 1.." +
                                 std::to_string(upperBound()));
     return m_records[static_cast<std::size_t>(i - 1)];
 }
 
-const lvdRecord& RecBuffer::operator()(std::int32_t i) const
-{
+const lvdRecord& RecBuffer::operator()(std::int32_t i) const {
     return const_cast<RecBuffer&>(*this)(i);
 }
 
-std::span<const lvdRecord> RecBuffer::valid() const
-{
+std::span<const lvdRecord> RecBuffer::valid() const {
     const std::int32_t n = std::clamp(RecCount, 0, upperBound());
     return {m_records.data(), static_cast<std::size_t>(n)};
 }
 
-void RecBuffer::clear()
-{
+void RecBuffer::clear() {
     std::vector<lvdRecord>(kGrowth).swap(m_records);
     RecCount = 0;
     RecIndex = 1;
@@ -38,8 +34,7 @@ void RecBuffer::clear()
     CurRecord = lvdRecord{};
 }
 
-void RecBuffer::append(lvdRecord record)
-{
+void RecBuffer::append(lvdRecord record) {
     record.TimeMs = std::max(record.TimeMs, 0);
     if (RecIndex > upperBound()) m_records.resize(static_cast<std::size_t>(RecIndex) + kGrowth);
     (*this)(RecIndex) = record;
@@ -49,8 +44,7 @@ void RecBuffer::append(lvdRecord record)
     ++RecIndex;
 }
 
-std::int32_t RecBuffer::FindlvdRecord(std::int32_t TimeMs)
-{
+std::int32_t RecBuffer::FindlvdRecord(std::int32_t TimeMs) {
     if (RecCount < 1) return 0;
     // The estimate can fall below record 1 only for negative times; record 1
     // is where those land anyway.
@@ -73,13 +67,11 @@ std::int32_t RecBuffer::FindlvdRecord(std::int32_t TimeMs)
     return i;
 }
 
-void RecBuffer::replaceRecords(std::vector<lvdRecord>&& records)
-{
+void RecBuffer::replaceRecords(std::vector<lvdRecord>&& records) {
     m_records = std::move(records);
 }
 
-void RecBuffer::markStart(const LocalDateTime& now)
-{
+void RecBuffer::markStart(const LocalDateTime& now) {
     StartTimeSecs = secondsOfDay(now);
     StartDays = daysSince1999(now.date);
     RecordingDate = now.date;

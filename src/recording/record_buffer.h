@@ -49,10 +49,10 @@ public:
     // Start time and date of a recording that starts now.
     void markStart(const LocalDateTime& now);
 
-    std::int32_t RecIndex = 1;     // next to write while recording; current while playing
-    std::int32_t RecCount = 0;     // valid records
-    std::int32_t TotalTimeMs = 0;  // TimeMs of the last valid record
-    lvdRecord CurRecord;           // the working record
+    std::int32_t RecIndex = 1;       // next to write while recording; current while playing
+    std::int32_t RecCount = 0;       // valid records
+    std::int32_t TotalTimeMs = 0;    // TimeMs of the last valid record
+    lvdRecord CurRecord;             // the working record
     std::int32_t StartTimeSecs = 0;  // seconds since midnight
     std::int32_t StartDays = 0;      // days since 31 December 1999
     std::chrono::year_month_day RecordingDate = kDayZero;

@@ -5,8 +5,7 @@
 namespace lv {
 
 StartStamp startStampFor(const Settings& settings, std::int32_t startTimeSecs,
-                         std::int32_t startDays)
-{
+                         std::int32_t startDays) {
     StartStamp stamp;
     stamp.StartTimeSecs = startTimeSecs;
     stamp.StartDays = startDays;
@@ -15,8 +14,7 @@ StartStamp startStampFor(const Settings& settings, std::int32_t startTimeSecs,
     return stamp;
 }
 
-void layTimeStamp(lvdRecord& record1, const StartStamp& stamp)
-{
+void layTimeStamp(lvdRecord& record1, const StartStamp& stamp) {
     // Arithmetic shifts give the bytes of Int(value / 2^n) AND 255, negative
     // values included.
     const std::int32_t t = stamp.StartTimeSecs;
@@ -27,8 +25,7 @@ void layTimeStamp(lvdRecord& record1, const StartStamp& stamp)
     record1.StampMarker = kTimeStampMarker;
 }
 
-void layDateStamp(lvdRecord& record2, const StartStamp& stamp)
-{
+void layDateStamp(lvdRecord& record2, const StartStamp& stamp) {
     const auto days = static_cast<std::uint16_t>(stamp.StartDays);
     record2.Stamp[0] = stamp.dateByte;
     record2.Stamp[2] = static_cast<std::uint8_t>(days >> 8);
@@ -36,8 +33,7 @@ void layDateStamp(lvdRecord& record2, const StartStamp& stamp)
     record2.StampMarker = kDateStampMarker;
 }
 
-StartInfo readStartStamps(const lvdRecord& record1, const lvdRecord& record2)
-{
+StartInfo readStartStamps(const lvdRecord& record1, const lvdRecord& record2) {
     StartInfo info;
     if (record1.StampMarker == kTimeStampMarker)
         info.StartTimeSecs = record1.Stamp[1] * 65536 + record1.Stamp[2] * 256 + record1.Stamp[3];

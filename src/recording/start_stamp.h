@@ -33,8 +33,8 @@ void layDateStamp(lvdRecord& record2, const StartStamp& stamp);
 
 // What a loaded file says about its start.
 struct StartInfo {
-    std::int32_t StartTimeSecs = 0;  // 0 without a "C" stamp
-    std::int32_t StartDays = 0;      // 0 without a "D" stamp
+    std::int32_t StartTimeSecs = 0;                        // 0 without a "C" stamp
+    std::int32_t StartDays = 0;                            // 0 without a "D" stamp
     std::chrono::year_month_day RecordingDate = kDayZero;  // without a "D" stamp
 };
 StartInfo readStartStamps(const lvdRecord& record1, const lvdRecord& record2);

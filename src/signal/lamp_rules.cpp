@@ -36,10 +36,14 @@ int lampStateCode(Colour shown, const Settings& cfg) {
 
 Colour lampColourForCode(int code, const Settings& cfg) {
     switch (code & 0x3) {
-        case kLampOff: return cfg.Dial_Color;
-        case kLampSet: return cfg.LED_Set_Color;
-        case kLampBodyMotion: return cfg.LED_BM_Color;
-        default: return cfg.LED_Lag_Color;
+        case kLampOff:
+            return cfg.Dial_Color;
+        case kLampSet:
+            return cfg.LED_Set_Color;
+        case kLampBodyMotion:
+            return cfg.LED_BM_Color;
+        default:
+            return cfg.LED_Lag_Color;
     }
 }
 
@@ -51,10 +55,14 @@ int lagLimitForItem(int item) {
 
 int bodyMotionLevelForItem(int item) {
     switch (item) {
-        case 1: return 30;
-        case 2: return 50;
-        case 3: return 100;
-        default: return 0;
+        case 1:
+            return 30;
+        case 2:
+            return 50;
+        case 3:
+            return 100;
+        default:
+            return 0;
     }
 }
 

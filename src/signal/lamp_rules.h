@@ -26,7 +26,7 @@ int lampStateCode(Colour shown, const Settings& cfg);
 Colour lampColourForCode(int code, const Settings& cfg);
 
 // Alert menu items to their stored values.
-int lagLimitForItem(int item);           // 1..5 -> 1..5 frames
-int bodyMotionLevelForItem(int item);    // 1, 2, 3 -> 30, 50, 100
+int lagLimitForItem(int item);         // 1..5 -> 1..5 frames
+int bodyMotionLevelForItem(int item);  // 1, 2, 3 -> 30, 50, 100
 
 }  // namespace lv

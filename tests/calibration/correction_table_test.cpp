@@ -8,14 +8,16 @@ namespace {
 
 std::vector<int> nominalList(int scaleType) {
     std::vector<int> list;
-    for (int i = 1; i < scalePointCount(scaleType) - 1; ++i) list.push_back(nominalPoint(scaleType, i));
+    for (int i = 1; i < scalePointCount(scaleType) - 1; ++i)
+        list.push_back(nominalPoint(scaleType, i));
     return list;
 }
 
 TEST(CorrectionTable, NominalPointsMakeTheIdentityOnBothScales) {
     for (int scale : {0, 1}) {
         const auto table = buildCorrectionTable(workPoints(nominalList(scale), scale), scale);
-        for (int k = 0; k < kTableEntries; ++k) ASSERT_EQ(table[static_cast<std::size_t>(k)], k) << scale;
+        for (int k = 0; k < kTableEntries; ++k)
+            ASSERT_EQ(table[static_cast<std::size_t>(k)], k) << scale;
     }
 }
 

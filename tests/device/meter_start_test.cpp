@@ -15,7 +15,9 @@ struct Sent {
     bool operator==(const Sent& o) const { return line == o.line && std::abs(at - o.at) < 1e-6; }
 };
 
-void PrintTo(const Sent& s, std::ostream* os) { *os << s.line.substr(0, s.line.size() - 1) << "@" << s.at; }
+void PrintTo(const Sent& s, std::ostream* os) {
+    *os << s.line.substr(0, s.line.size() - 1) << "@" << s.at;
+}
 
 class MeterStartTest : public ::testing::Test {
 protected:

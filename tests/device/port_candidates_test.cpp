@@ -15,7 +15,9 @@ TEST(PortCandidates, CommandLineThenEnvironmentThenSystemWithoutRepeats) {
     const Case cases[] = {
         {{}, "", {}, {}},
         {{"/tmp/a"}, "", {"/dev/ttyS0"}, {"/tmp/a", "/dev/ttyS0"}},
-        {{"/tmp/a", "/tmp/b"}, "/tmp/c:/tmp/a", {"/dev/ttyUSB0", "/tmp/b"},
+        {{"/tmp/a", "/tmp/b"},
+         "/tmp/c:/tmp/a",
+         {"/dev/ttyUSB0", "/tmp/b"},
          {"/tmp/a", "/tmp/b", "/tmp/c", "/dev/ttyUSB0"}},
         {{}, "::/tmp/x:", {}, {"/tmp/x"}},
         {{}, "/tmp/x", {}, {"/tmp/x"}},

@@ -13,10 +13,8 @@ TEST(SplitFrame, ReadsTheFieldsAtTheirPositions) {
         int bd;
     };
     const Case cases[] = {
-        {"P12342A5000F", 'P', 0x1234, 0x2A, 5, 15},
-        {"OFFFF7FFFFFF", 'O', 65535, 0x7F, 15, -1},
-        {"p12ab2a8000a", 'p', 0x12AB, 0x2A, 8, 10},
-        {"P000000003E8", 'P', 0, 0, 0, 1000},
+        {"P12342A5000F", 'P', 0x1234, 0x2A, 5, 15}, {"OFFFF7FFFFFF", 'O', 65535, 0x7F, 15, -1},
+        {"p12ab2a8000a", 'p', 0x12AB, 0x2A, 8, 10}, {"P000000003E8", 'P', 0, 0, 0, 1000},
         {"X00000008000", 'X', 0, 0, 0, -32768},
     };
     for (const Case& c : cases) {
@@ -32,8 +30,9 @@ TEST(SplitFrame, ReadsTheFieldsAtTheirPositions) {
 }
 
 TEST(SplitFrame, RefusesWrongLengthsAndNonHexFields) {
-    for (const char* line : {"", "P", "P12342A5000", "P12342A5000F0", "P12342A5000F\r", "PG2342A5000F",
-                             "P1234 A5000F", "P12342AZ000F", "P12342A5+00F", "P12342A5000x"}) {
+    for (const char* line :
+         {"", "P", "P12342A5000", "P12342A5000F0", "P12342A5000F\r", "PG2342A5000F", "P1234 A5000F",
+          "P12342AZ000F", "P12342A5+00F", "P12342A5000x"}) {
         SCOPED_TRACE(line);
         EXPECT_FALSE(splitFrame(line));
     }

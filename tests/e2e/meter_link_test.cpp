@@ -129,8 +129,9 @@ TEST_F(MeterLinkTest, ScriptedFramesArriveExactly) {
     {
         QFile f(script);
         ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write("# needle steps\nP10002A80064\nP20002A80064\nP30002A80064\nP40002A80064\n"
-                "P50002A80064\nP60002A803E8\n");
+        f.write(
+            "# needle steps\nP10002A80064\nP20002A80064\nP30002A80064\nP40002A80064\n"
+            "P50002A80064\nP60002A803E8\n");
     }
     VirtualMeter meter({"--script", script, "--once"});
     ASSERT_TRUE(meter.ready);

@@ -13,7 +13,8 @@
 namespace {
 
 struct Consumer : lv::SampleConsumer {
-    Consumer(lv::MeterState& s, const lv::Settings& c, lv::DisplaySink& d) : st(s), cfg(c), display(d) {}
+    Consumer(lv::MeterState& s, const lv::Settings& c, lv::DisplaySink& d)
+        : st(s), cfg(c), display(d) {}
     void onNewSample() override {
         const auto v = lv::liveNeedleValue(st, cfg, display);
         if (v < -lv::kNeedleLimit || v > lv::kNeedleLimit) std::abort();

@@ -14,24 +14,23 @@
 
 namespace {
 
-void check(bool condition)
-{
+void check(bool condition) {
     if (!condition) std::abort();
 }
 
 // The file's bytes for record i (from 1), zero past the end.
-std::array<std::uint8_t, lv::kLvdRecordSize> fileRecord(std::span<const std::uint8_t> file, std::int32_t i)
-{
+std::array<std::uint8_t, lv::kLvdRecordSize> fileRecord(std::span<const std::uint8_t> file,
+                                                        std::int32_t i) {
     std::array<std::uint8_t, lv::kLvdRecordSize> out{};
     const std::size_t at = static_cast<std::size_t>(i - 1) * lv::kLvdRecordSize;
-    if (at < file.size()) std::memcpy(out.data(), file.data() + at, std::min(out.size(), file.size() - at));
+    if (at < file.size())
+        std::memcpy(out.data(), file.data() + at, std::min(out.size(), file.size() - at));
     return out;
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
-{
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::span<const std::uint8_t> file(data, size);
 
     lv::RecBuffer any;
@@ -59,7 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     // Seeking to a time taken from the file lands on a record at or after it,
     // or on the last record.
-    const std::int32_t wanted = any(1 + static_cast<std::int32_t>(data[0]) % count).TimeMs ^ data[1];
+    const std::int32_t wanted =
+        any(1 + static_cast<std::int32_t>(data[0]) % count).TimeMs ^ data[1];
     const std::int32_t pos = any.FindlvdRecord(wanted);
     check(pos >= 1 && pos <= count);
     check(pos == count || any(pos).TimeMs >= wanted);
@@ -77,6 +77,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check(same.upperBound() == count);
     const std::int32_t kept = d.ok() ? count : firstOther;
     check(d.recordsRead == kept);
-    for (std::int32_t i = 1; i <= count; ++i) check(same(i) == (i <= kept ? any(i) : lv::lvdRecord{}));
+    for (std::int32_t i = 1; i <= count; ++i)
+        check(same(i) == (i <= kept ? any(i) : lv::lvdRecord{}));
     return 0;
 }

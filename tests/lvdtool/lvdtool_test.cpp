@@ -17,7 +17,8 @@ namespace fs = std::filesystem;
 
 class LvdToolTest : public ::testing::Test {
 protected:
-    LvdToolTest() : dir(fs::temp_directory_path() / ("lvdtool-test-" + std::to_string(::getpid()))) {
+    LvdToolTest()
+        : dir(fs::temp_directory_path() / ("lvdtool-test-" + std::to_string(::getpid()))) {
         fs::create_directories(dir);
     }
     ~LvdToolTest() override { fs::remove_all(dir); }
@@ -94,11 +95,14 @@ TEST_F(LvdToolTest, CsvShowsWhatTheDialShows) {
     std::getline(lines, header);
     std::getline(lines, first);
     std::getline(lines, second);
-    EXPECT_EQ(header, "index,time_ms,raw,needle,bd,base_code,base,sensitivity,lamp,bd_flag,dial_type,frame");
+    EXPECT_EQ(
+        header,
+        "index,time_ms,raw,needle,bd,base_code,base,sensitivity,lamp,bd_flag,dial_type,frame");
     EXPECT_EQ(first, "1,20,65535,-2503,100,82,2.45,36,2,1,3,O");
     EXPECT_EQ(second, "2,40,1234,-2503,1.5,245,6.5,36,0,0,3,P");
     EXPECT_EQ(json.str().substr(0, json.str().find('\n')),
-              "{\"index\":1,\"time_ms\":20,\"raw\":65535,\"needle\":-2503,\"bd\":\"100\",\"base_code\":82,"
+              "{\"index\":1,\"time_ms\":20,\"raw\":65535,\"needle\":-2503,\"bd\":\"100\",\"base_"
+              "code\":82,"
               "\"base\":\"2.45\",\"sensitivity\":36,\"lamp\":2,\"bd_flag\":true,\"dial_type\":3,"
               "\"frame\":\"O\"}");
 
@@ -109,10 +113,17 @@ TEST_F(LvdToolTest, CsvShowsWhatTheDialShows) {
 
 TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
     std::string out;
-    ASSERT_EQ(run("synth " + path("r.lvd") + " --seconds 12 --dial-type 2 --seed 4 --start '2025-01-02 03:04:05'", &out), 0) << out;
+    ASSERT_EQ(run("synth " + path("r.lvd") +
+                      " --seconds 12 --dial-type 2 --seed 4 --start '2025-01-02 03:04:05'",
+                  &out),
+              0)
+        << out;
     EXPECT_EQ(run("info " + path("r.lvd"), &out), 0);
-    EXPECT_NE(out.find("records: 600\ntotal_ms: 12000\nstart_time: 03:04:05\ndate: 2025-01-02\ndial_type: 2"),
-              std::string::npos) << out;
+    EXPECT_NE(
+        out.find(
+            "records: 600\ntotal_ms: 12000\nstart_time: 03:04:05\ndate: 2025-01-02\ndial_type: 2"),
+        std::string::npos)
+        << out;
     EXPECT_EQ(run("csv " + path("r.lvd") + " -o " + path("r.csv")), 0);
     std::ifstream csv(path("r.csv"));
     int lines = 0;
@@ -137,7 +148,8 @@ TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
     const Case cases[] = {
         {"info " + path("missing.lvd"), 1, "File Not Found"},
         {"info " + path("empty.lvd"), 1, "Incompatible file format"},
-        {"csv " + path("short.lvd"), 1, "This file is corrupt or needs to be converted to version 2 format."},
+        {"csv " + path("short.lvd"), 1,
+         "This file is corrupt or needs to be converted to version 2 format."},
         {"plot " + path("corrupt.lvd") + " -o " + path("c.png"), 1, "Incompatible file format"},
         {"info " + dir.string(), 1, "folder"},
         {"info", 2, "Usage"},

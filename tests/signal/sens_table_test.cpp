@@ -9,8 +9,7 @@ namespace {
 
 // Each gain is its label x 1638.4 (65536 counts over 40 units), rounded; 40 is
 // held at 65535 to fit 16 bits. Checking the rule catches a mistyped row.
-TEST(SensTable, GainsFollowTheirLabelsSixtyFiveEntriesLater)
-{
+TEST(SensTable, GainsFollowTheirLabelsSixtyFiveEntriesLater) {
     const lv::SensTableType& t = lv::SensTable();
     EXPECT_EQ(t[64], "");
     EXPECT_EQ(t[129], "");
@@ -20,7 +19,8 @@ TEST(SensTable, GainsFollowTheirLabelsSixtyFiveEntriesLater)
         const std::string label = t[p + 65];
         ASSERT_FALSE(label.empty()) << "position " << p;
         EXPECT_EQ(lv::sensLabel(static_cast<int>(p)), label);
-        EXPECT_GE(std::stod(label), p ? std::stod(t[p + 64]) : 1.0) << "labels rise, position " << p;
+        EXPECT_GE(std::stod(label), p ? std::stod(t[p + 64]) : 1.0)
+            << "labels rise, position " << p;
         const long gain = label == "40" ? 65535 : std::lround(std::stod(label) * 1638.4);
         EXPECT_EQ(t[p], std::to_string(gain)) << "position " << p << " label " << label;
         EXPECT_EQ(lv::sensGain(static_cast<int>(p)), gain) << "position " << p;

@@ -20,7 +20,8 @@ public:
     }
     void wait(double seconds) override {
         // A wait loop that never ends would hang the test run; fail it instead.
-        if (++waits > kMaxWaits) throw std::runtime_error("FakePump: the code under test never stops waiting");
+        if (++waits > kMaxWaits)
+            throw std::runtime_error("FakePump: the code under test never stops waiting");
         waited += seconds;
         const double end = m_now + seconds;
         // Step through every scheduled moment on the way so events land in order.
@@ -33,8 +34,12 @@ public:
         runDue();
     }
 
-    void at(double time, std::function<void()> action) { m_events.emplace(time, std::move(action)); }
-    void after(double seconds, std::function<void()> action) { at(m_now + seconds, std::move(action)); }
+    void at(double time, std::function<void()> action) {
+        m_events.emplace(time, std::move(action));
+    }
+    void after(double seconds, std::function<void()> action) {
+        at(m_now + seconds, std::move(action));
+    }
     double now() const { return m_now; }
 
     int waits = 0;

@@ -42,7 +42,8 @@ void writeInfo(const LoadedRecording& rec, std::ostream& out) {
 
 void writeRecords(const RecBuffer& buffer, RecordFormat format, std::ostream& out) {
     if (format == RecordFormat::Csv)
-        out << "index,time_ms,raw,needle,bd,base_code,base,sensitivity,lamp,bd_flag,dial_type,frame\n";
+        out << "index,time_ms,raw,needle,bd,base_code,base,sensitivity,lamp,bd_flag,dial_type,"
+               "frame\n";
     std::int32_t index = 0;
     for (const lvdRecord& r : buffer.valid()) {
         ++index;
@@ -58,8 +59,8 @@ void writeRecords(const RecBuffer& buffer, RecordFormat format, std::ostream& ou
                 << ",\"raw\":" << v.rawReading << ",\"needle\":" << v.needlePos << ",\"bd\":\""
                 << v.bd << "\",\"base_code\":" << int{r.BaseCode} << ",\"base\":\"" << v.base
                 << "\",\"sensitivity\":" << v.sensitivity << ",\"lamp\":" << v.lampCode
-                << ",\"bd_flag\":" << (v.bdFlag ? "true" : "false") << ",\"dial_type\":"
-                << v.dialType << ",\"frame\":\"" << frame << "\"}\n";
+                << ",\"bd_flag\":" << (v.bdFlag ? "true" : "false")
+                << ",\"dial_type\":" << v.dialType << ",\"frame\":\"" << frame << "\"}\n";
         }
     }
 }

@@ -39,8 +39,8 @@ std::vector<lvdRecord> synthRecords(double seconds, int dialType, std::uint64_t 
         sampleStep(st);
         const std::int32_t needle = liveNeedleValue(st, cfg, display);
         st.NeedleReset = false;
-        records.push_back(recordOfFrame(st, cfg, needle, (*line)[0],
-                                        static_cast<std::int32_t>(n * kFrameMs)));
+        records.push_back(
+            recordOfFrame(st, cfg, needle, (*line)[0], static_cast<std::int32_t>(n * kFrameMs)));
     }
     return records;
 }

@@ -104,9 +104,9 @@ long numberArg(const Args& args, const std::string& name, long fallback, long lo
     char* end = nullptr;
     const long v = std::strtol(text->c_str(), &end, 10);
     if (text->empty() || *end != '\0' || v < lo || v > hi)
-        usageError(name + " wants a whole number from " + std::to_string(lo) + " to " +
-                       std::to_string(hi),
-                   help);
+        usageError(
+            name + " wants a whole number from " + std::to_string(lo) + " to " + std::to_string(hi),
+            help);
     return v;
 }
 
@@ -135,8 +135,8 @@ int cmdCsv(int argc, char** argv) {
     const Args args = parseArgs(argc, argv, {"-o"}, {"--json"}, kCsvHelp);
     if (args.positional.size() != 1) usageError("csv takes one FILE", kCsvHelp);
     const auto rec = loadOrExit(args.positional[0]);
-    const auto format = args.flag("--json") ? lv::tool::RecordFormat::JsonLines
-                                            : lv::tool::RecordFormat::Csv;
+    const auto format =
+        args.flag("--json") ? lv::tool::RecordFormat::JsonLines : lv::tool::RecordFormat::Csv;
     if (const auto out = args.value("-o")) {
         std::ofstream file(*out);
         if (!file) {
@@ -163,8 +163,11 @@ int cmdPlot(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     int qtArgc = 1;
     QGuiApplication app(qtArgc, argv);
-    const auto name = QString::fromStdString(std::filesystem::path(args.positional[0]).filename().string());
-    const auto title = QString("%1 — %2 records, %3 s").arg(name).arg(rec.buffer.RecCount)
+    const auto name =
+        QString::fromStdString(std::filesystem::path(args.positional[0]).filename().string());
+    const auto title = QString("%1 — %2 records, %3 s")
+                           .arg(name)
+                           .arg(rec.buffer.RecCount)
                            .arg(rec.buffer.TotalTimeMs / 1000.0, 0, 'f', 1);
     QString error;
     if (!lv::tool::plotRecording(rec.buffer, title, QString::fromStdString(*out), width, height,
@@ -188,9 +191,8 @@ std::optional<lv::LocalDateTime> parseStart(const std::string& text) {
 }
 
 int cmdSynth(int argc, char** argv) {
-    const Args args =
-        parseArgs(argc, argv, {"--seconds", "--dial-type", "--seed", "--start"}, {"--no-stamp"},
-                  kSynthHelp);
+    const Args args = parseArgs(argc, argv, {"--seconds", "--dial-type", "--seed", "--start"},
+                                {"--no-stamp"}, kSynthHelp);
     if (args.positional.size() != 1) usageError("synth takes one OUT.lvd", kSynthHelp);
     if (!args.value("--seconds")) usageError("synth needs --seconds N", kSynthHelp);
     const long seconds = numberArg(args, "--seconds", 0, 1, 24 * 3600, kSynthHelp);

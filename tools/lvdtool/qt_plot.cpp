@@ -16,7 +16,9 @@ struct Column {
     bool used = false;
 };
 
-double baseValue(std::uint8_t code) { return ((code >> 1) + 8) / 20.0; }
+double baseValue(std::uint8_t code) {
+    return ((code >> 1) + 8) / 20.0;
+}
 
 // Ticks at 1, 2, 5, 10 ... minutes so that there are about eight of them.
 double tickMinutes(double totalMinutes) {
@@ -27,8 +29,8 @@ double tickMinutes(double totalMinutes) {
 
 }  // namespace
 
-bool plotRecording(const RecBuffer& buffer, const QString& title, const QString& pngPath,
-                   int width, int height, QString* error) {
+bool plotRecording(const RecBuffer& buffer, const QString& title, const QString& pngPath, int width,
+                   int height, QString* error) {
     const auto records = buffer.valid();
     if (records.empty()) {
         if (error) *error = "the recording holds no records";
@@ -63,7 +65,8 @@ bool plotRecording(const RecBuffer& buffer, const QString& title, const QString&
     }
     if (needleMax == needleMin) ++needleMax;
     auto needleY = [&](int v) {
-        return needleRect.bottom() - (v - needleMin) * double(needleRect.height()) / (needleMax - needleMin);
+        return needleRect.bottom() -
+               (v - needleMin) * double(needleRect.height()) / (needleMax - needleMin);
     };
     auto baseY = [&](double b) { return baseRect.bottom() - (b - 0.5) / 6.0 * baseRect.height(); };
 
@@ -89,7 +92,8 @@ bool plotRecording(const RecBuffer& buffer, const QString& title, const QString&
                QString::number(needleMin));
     p.drawText(QRectF(4, needleRect.center().y() - 8, left - 8, 16), Qt::AlignRight, "needle");
     for (double b : {0.5, 2.0, 4.0, 6.5})
-        p.drawText(QRectF(4, baseY(b) - 8, left - 8, 16), Qt::AlignRight, QString::number(b, 'f', 1));
+        p.drawText(QRectF(4, baseY(b) - 8, left - 8, 16), Qt::AlignRight,
+                   QString::number(b, 'f', 1));
     p.drawText(QRectF(4, baseRect.top() - 20, left - 8, 16), Qt::AlignRight, "Base");
     font.setPixelSize(15);
     font.setBold(true);
