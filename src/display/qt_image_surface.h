@@ -1,0 +1,49 @@
+#pragma once
+#include <QImage>
+#include <QPainter>
+#include <memory>
+
+#include "display/surface.h"
+
+namespace lv {
+
+// A picture area painted into an image, antialiased; the widget blits it.
+// Logical units follow the user scale; line widths are pixels at the image's
+// device pixel ratio, so a HiDPI window gets the same look, only sharper.
+class ImageSurface : public Surface {
+public:
+    // `size` in device-independent pixels.
+    explicit ImageSurface(QSize size = QSize(400, 300), qreal devicePixelRatio = 1.0);
+
+    void resize(QSize size, qreal devicePixelRatio = 1.0);
+    const QImage& image() const { return m_image; }
+
+    int widthPixels() const override { return m_size.width(); }
+    void clear() override;
+    void circle(float x, float y, float radius, Colour outline) override;
+    void arc(float x, float y, float radius, Colour outline, float start, float end) override;
+    void line(float x1, float y1, float x2, float y2,
+              std::optional<Colour> colour = std::nullopt) override;
+    void point(float x, float y, std::optional<Colour> colour = std::nullopt) override;
+    void text(float x, float y, const std::string& s, const TextStyle& style) override;
+
+    // Logical point to device-independent pixels, for tests and hit tests.
+    QPointF toPixels(float x, float y) const;
+
+private:
+    QPainter& painter();
+    QPen pen(Colour c) const;
+    void applyFill(bool solid);
+    qreal radiusPixels(float radius) const;
+
+    QSize m_size;
+    QImage m_image;
+    std::unique_ptr<QPainter> m_painter;
+};
+
+// 0x00BBGGRR to a Qt colour.
+inline QColor toQColor(Colour c) {
+    return QColor(redOf(c), greenOf(c), blueOf(c));
+}
+
+}  // namespace lv
