@@ -9,7 +9,7 @@
 #include <cstdio>
 
 #include "app/console_display.h"
-#include "app/live_session.h"
+#include "app/qt_live_session.h"
 #include "device/port_candidates.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "app/live_session.h"
+#include "app/qt_live_session.h"
 
 #include "device/link_status.h"
 #include "device/meter_start.h"
