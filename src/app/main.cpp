@@ -1,6 +1,7 @@
 #include <unistd.h>
+#include <QApplication>
 #include <QCommandLineParser>
-#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QSerialPortInfo>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -8,13 +9,13 @@
 #include <csignal>
 #include <cstdio>
 
-#include "app/console_display.h"
-#include "app/qt_live_session.h"
+#include "app/qt_main_window.h"
 #include "device/port_candidates.h"
 
 namespace {
 
 int g_signalPipe[2] = {-1, -1};
+bool g_exitDue = false;
 
 void onSignal(int) {
     const char c = 1;
@@ -37,23 +38,31 @@ std::vector<std::string> systemPorts() {
     ::_exit(code);
 }
 
+// The screenshot waits for a live needle, or this long for a meter that never came.
+constexpr int kScreenshotFrames = 25;
+constexpr qint64 kScreenshotNoMeterMs = 3000;
+constexpr qint64 kScreenshotGiveUpMs = 10000;
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    QCoreApplication app(argc, argv);
+    QApplication app(argc, argv);
     QCoreApplication::setApplicationName("lv_Analog");
     QCoreApplication::setApplicationVersion(LV_VERSION);
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Display for the lv3 meter. Until the window is built the readouts are printed "
-        "as text.");
+        "Display for the lv3 meter. Without a meter the window runs in Demo Mode.");
     parser.addHelpOption();
     parser.addVersionOption();
     QCommandLineOption portOption("port", "Serial port to try first (repeatable).", "PATH");
     QCommandLineOption exitAfterOption("exit-after", "Close in order after SECONDS.", "SECONDS");
+    QCommandLineOption screenshotOption(
+        "screenshot", "Save a PNG of the window once the needle is live (or in Demo Mode).",
+        "FILE");
     parser.addOption(portOption);
     parser.addOption(exitAfterOption);
+    parser.addOption(screenshotOption);
     parser.process(app);
 
     std::vector<std::string> given;
@@ -65,8 +74,10 @@ int main(int argc, char* argv[]) {
         std::signal(SIGINT, onSignal);
         std::signal(SIGTERM, onSignal);
         auto* notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
-        QObject::connect(notifier, &QSocketNotifier::activated, &app,
-                         [] { QCoreApplication::quit(); });
+        QObject::connect(notifier, &QSocketNotifier::activated, &app, [] {
+            g_exitDue = true;
+            QCoreApplication::quit();
+        });
     }
     if (parser.isSet(exitAfterOption)) {
         bool ok = false;
@@ -75,23 +86,49 @@ int main(int argc, char* argv[]) {
             std::fprintf(stderr, "lv_Analog: --exit-after wants a number of seconds\n");
             return 2;
         }
-        QTimer::singleShot(static_cast<int>(secs * 1000), &app, [] { QCoreApplication::quit(); });
+        // Remembered as well: a quit that lands inside the port search would
+        // otherwise be forgotten by the main loop that starts after it.
+        QTimer::singleShot(static_cast<int>(secs * 1000), &app, [] {
+            g_exitDue = true;
+            QCoreApplication::quit();
+        });
     }
 
-    lv::ConsoleDisplay display(stdout);
-    lv::LiveSession session(display, stdout);
-    QObject::connect(&session, &lv::LiveSession::linkLost, &app, [](const QString& reason) {
-        std::fprintf(stdout, "Link lost: %s\n", qPrintable(reason));
-        QCoreApplication::exit(3);
-    });
+    lv::MainWindow window(stdout);
+    QObject::connect(&window.session(), &lv::LiveSession::linkLost, &app,
+                     [](const QString& reason) {
+                         std::fprintf(stdout, "Link lost: %s\n", qPrintable(reason));
+                         std::fflush(stdout);
+                     });
+    window.show();
 
-    if (candidates.empty()) {
+    if (candidates.empty())
         std::fprintf(stdout, "No serial ports found. Give one with --port PATH.\n");
-        finish(1);
+    const bool live = window.connectMeter(candidates);
+    if (!live) std::fprintf(stdout, "No Hardware Detected\n");
+    std::fflush(stdout);
+
+    bool shot = !parser.isSet(screenshotOption);
+    auto screenshot = [&] {
+        if (shot) return;
+        shot = true;
+        const QString path = parser.value(screenshotOption);
+        if (!window.grab().save(path, "PNG"))
+            std::fprintf(stderr, "lv_Analog: cannot write the screenshot %s\n", qPrintable(path));
+    };
+    QTimer shotTimer;
+    QElapsedTimer sinceStart;
+    sinceStart.start();
+    if (!shot) {
+        QObject::connect(&shotTimer, &QTimer::timeout, &app, [&] {
+            const qint64 ms = sinceStart.elapsed();
+            if ((live && window.framesDrawn() >= kScreenshotFrames) ||
+                (!live && ms >= kScreenshotNoMeterMs) || ms >= kScreenshotGiveUpMs)
+                screenshot();
+        });
+        shotTimer.start(100);
     }
-    if (!session.connectMeter(candidates)) {
-        std::fprintf(stdout, "No Hardware Detected\n");
-        finish(1);
-    }
-    finish(app.exec());
+    const int code = g_exitDue ? 0 : app.exec();
+    screenshot();
+    finish(code);
 }

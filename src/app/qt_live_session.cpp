@@ -13,6 +13,9 @@ LiveSession::LiveSession(DisplaySink& display, std::FILE* out, QObject* parent)
     m_port.setReceiveHandler([this] { receiveEvent(m_ctx, m_port, *this); });
     connect(&m_port, &QtSerialPort::portFailed, this, [this](const QString& reason) {
         m_st.PortNumber = 0;
+        // What the watchdog would show a moment later, once the line is silent.
+        if (m_st.ShownStatus == kStatusInputOk || m_st.ShownStatus == kStatusRecording)
+            showStatus(m_st, m_ctx.display, kStatusInputError, kStatusErrorColour);
         emit linkLost(reason);
     });
     m_reportTimer.setInterval(1000);
@@ -54,6 +57,7 @@ void LiveSession::onNewSample() {
     // The needle has been drawn with the fresh reference: back to normal.
     m_st.NeedleReset = false;
     ++m_samples;
+    emit newSample(m_needle);
 }
 
 void LiveSession::report() {

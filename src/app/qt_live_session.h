@@ -27,6 +27,7 @@ public:
     bool connectMeter(const std::vector<std::string>& candidates);
 
     const MeterState& state() const { return m_st; }
+    const Settings& settings() const { return m_cfg; }
     const protocol::VersionInfo& version() const { return m_version; }
     long samples() const { return m_samples; }
     std::int32_t needle() const { return m_needle; }
@@ -35,6 +36,8 @@ public:
 
 signals:
     void linkLost(const QString& reason);
+    // After each reading, with the needle value just computed.
+    void newSample(std::int32_t needle);
 
 private:
     void report();

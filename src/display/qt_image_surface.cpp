@@ -96,7 +96,10 @@ void ImageSurface::arc(float x, float y, float radius, Colour outline, float sta
 
 void ImageSurface::line(float x1, float y1, float x2, float y2, std::optional<Colour> colour) {
     QPainter& p = painter();
-    p.setPen(pen(colour.value_or(state().fore)));
+    const Colour c = colour.value_or(state().fore);
+    QPen linePen = pen(c);
+    if (m_erase == c) linePen.setWidthF(linePen.widthF() + 2);
+    p.setPen(linePen);
     p.drawLine(toPixels(x1, y1), toPixels(x2, y2));
 }
 
@@ -119,6 +122,16 @@ void ImageSurface::text(float x, float y, const std::string& s, const TextStyle&
     const QPointF at = toPixels(x, y);
     p.drawText(QRectF(at, QSizeF(m_size.width(), m_size.height())), Qt::AlignLeft | Qt::AlignTop,
                QString::fromStdString(s));
+}
+
+void ImageSurface::fillRect(float x, float y, float width, float height, Colour colour) {
+    QPainter& p = painter();
+    p.fillRect(QRectF(toPixels(x, y), toPixels(x + width, y + height)).normalized(),
+               toQColor(colour));
+}
+
+qreal ImageSurface::pointsForPixels(qreal pixels) const {
+    return pixels * 72.0 / std::max(1, m_image.logicalDpiY());
 }
 
 }  // namespace lv

@@ -27,6 +27,17 @@ public:
     void point(float x, float y, std::optional<Colour> colour = std::nullopt) override;
     void text(float x, float y, const std::string& s, const TextStyle& style) override;
 
+    // Not part of the seam: the window's readouts wipe their old text with it,
+    // as the original printed spaces over it. Top-left corner at (x, y), sizes
+    // in logical units.
+    void fillRect(float x, float y, float width, float height, Colour colour);
+    // Lines in this colour paint something out (the needle is erased by
+    // overdrawing it in the dial colour). Antialiasing leaves a faint fringe of
+    // the old line under a same-width line, so these go a pixel wider each side.
+    void setEraseColour(std::optional<Colour> colour) { m_erase = colour; }
+    // Points that give text this many device-independent pixels on this image.
+    qreal pointsForPixels(qreal pixels) const;
+
     // Logical point to device-independent pixels, for tests and hit tests.
     QPointF toPixels(float x, float y) const;
 
@@ -39,6 +50,7 @@ private:
     QSize m_size;
     QImage m_image;
     std::unique_ptr<QPainter> m_painter;
+    std::optional<Colour> m_erase;
 };
 
 // 0x00BBGGRR to a Qt colour.

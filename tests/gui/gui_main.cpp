@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <unistd.h>
-#include <QGuiApplication>
+#include <QApplication>
 #include <cstdio>
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
+    QApplication app(argc, argv);  // the window tests need widgets
     ::testing::InitGoogleTest(&argc, argv);
     const int result = RUN_ALL_TESTS();
     std::fflush(stdout);

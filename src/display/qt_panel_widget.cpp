@@ -1,0 +1,40 @@
+#include "display/qt_panel_widget.h"
+
+#include <QPainter>
+#include <QResizeEvent>
+
+namespace lv {
+
+PanelWidget::PanelWidget(QWidget* parent) : QWidget(parent), m_surface(size(), 1.0) {
+    // Every pixel comes from the image: nothing for Qt to clear first.
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setMinimumSize(160, 60);
+}
+
+void PanelWidget::paintEvent(QPaintEvent*) {
+    QPainter p(this);
+    const QRect picture(m_origin, m_surface.image().deviceIndependentSize().toSize());
+    if (picture != rect()) {
+        const QRegion margins = QRegion(rect()).subtracted(picture);
+        for (const QRect& r : margins) p.fillRect(r, toQColor(m_surface.state().back));
+    }
+    p.drawImage(m_origin, m_surface.image());
+}
+
+void PanelWidget::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    QSize picture = event->size();
+    if (m_aspect > 0) {
+        const QSize byWidth(picture.width(), qRound(picture.width() / m_aspect));
+        const QSize byHeight(qRound(picture.height() * m_aspect), picture.height());
+        picture = byWidth.height() <= picture.height() ? byWidth : byHeight;
+    }
+    m_origin = QPoint((event->size().width() - picture.width()) / 2,
+                      (event->size().height() - picture.height()) / 2);
+    m_surface.resize(picture, devicePixelRatioF());
+    if (m_rebuild) m_rebuild();
+    update();
+}
+
+}  // namespace lv

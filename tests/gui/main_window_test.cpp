@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <cstdio>
+
+#include "app/qt_main_window.h"
+#include "display/needle_drawing.h"
+
+namespace lv {
+namespace {
+
+// The window without a meter (no ports to try), laid out at a fixed size and
+// checked through what grab() shows, as a user would see it.
+class MainWindowTest : public ::testing::Test {
+protected:
+    MainWindowTest() : w(stdout) {
+        w.resize(800, 800);
+        w.show();
+        QApplication::processEvents();
+        w.connectMeter({});
+    }
+    const Settings& cfg() { return w.session().settings(); }
+    static Colour colourOf(const QImage& shot, QPoint p) {
+        const QColor c = shot.pixelColor(p);
+        return rgb(c.red(), c.green(), c.blue());
+    }
+    // The window's pixel at a point in panel units.
+    QPoint onPanel(float x, float y) {
+        const QPoint inPicture = w.panel()->surface().toPixels(x, y).toPoint();
+        return w.panel()->mapTo(&w, w.panel()->imageOrigin() + inPicture);
+    }
+    Colour panelAt(const QImage& shot, float x, float y) { return colourOf(shot, onPanel(x, y)); }
+    QPoint needleMiddle(std::int32_t value) {
+        const NeedleLine n = needleLine(value);
+        return onPanel((n.innerX + n.outerX) / 2, (n.innerY + n.outerY) / 2);
+    }
+    MainWindow w;
+};
+
+TEST_F(MainWindowTest, DemoModeShowsFaceNeedleAndChart) {
+    EXPECT_EQ(w.windowTitle(), "lv_Analog");
+    EXPECT_EQ(w.statusText(), "Demo Mode");
+    const QImage shot = w.grab().toImage();
+    EXPECT_EQ(panelAt(shot, 0, 1180), cfg().Panel_Color) << "above the fan";
+    EXPECT_EQ(panelAt(shot, 0, 800), cfg().Dial_Color) << "inside the fan";
+    EXPECT_EQ(colourOf(shot, needleMiddle(w.session().needle())), cfg().MainNeedle_Color);
+    ASSERT_TRUE(w.chart()->isVisible());
+    EXPECT_NEAR(w.chart()->height(), w.panel()->height() * 3 / 5, 1);
+    const QPoint chartMiddle = w.chart()->mapTo(&w, w.chart()->rect().center());
+    EXPECT_EQ(colourOf(shot, chartMiddle), cfg().GraphSheet_Color);
+}
+
+TEST_F(MainWindowTest, NewSampleMovesTheNeedleAndLeavesNoTrace) {
+    const QPoint old = needleMiddle(w.session().needle());
+    w.showSample(16384);
+    const QImage shot = w.grab().toImage();
+    EXPECT_EQ(panelAt(shot, 750, 0), cfg().MainNeedle_Color) << "a quarter turn: 3 o'clock";
+    // Across the old needle, fringe included: all dial colour again.
+    for (int dx = -4; dx <= 4; ++dx)
+        EXPECT_EQ(colourOf(shot, old + QPoint(dx, 0)), cfg().Dial_Color) << dx;
+}
+
+TEST_F(MainWindowTest, BaseReadoutIsRedrawnOverItsOldText) {
+    auto inkInBaseBox = [&] {
+        const QImage shot = w.grab().toImage();
+        int ink = 0;
+        const QPoint a = onPanel(kBaseBox.x, kBaseBox.y);
+        const QPoint b = onPanel(kBaseBox.x + kBaseBox.width, kBaseBox.y + kBaseBox.height);
+        for (int y = a.y() + 1; y < b.y() - 1; ++y)
+            for (int x = a.x() + 1; x < b.x() - 1; ++x)
+                ink += colourOf(shot, QPoint(x, y)) == cfg().Text_Color;
+        return ink;
+    };
+    EXPECT_GT(inkInBaseBox(), 100) << "\"Base\" and \"2.0\"";
+    PanelReadouts readouts(w.panel()->surface(), {});
+    readouts.setSettings(cfg());
+    readouts.Update_BaseDisplay("");
+    const int captionOnly = inkInBaseBox();
+    readouts.Update_BaseDisplay("12.25");
+    EXPECT_GT(inkInBaseBox(), captionOnly + 100) << "the number adds ink";
+    readouts.Update_BaseDisplay("");
+    EXPECT_EQ(inkInBaseBox(), captionOnly) << "and its wipe takes it all away";
+}
+
+TEST_F(MainWindowTest, TallWindowKeepsTheDialsShape) {
+    w.resize(500, 900);
+    QApplication::processEvents();
+    const QImage picture = w.panel()->surface().image();
+    EXPECT_NEAR(double(picture.width()) / picture.height(), 1.6, 0.01);
+    EXPECT_GT(w.panel()->imageOrigin().y(), 10) << "centred, margins above and below";
+    const QImage shot = w.grab().toImage();
+    EXPECT_EQ(colourOf(shot, w.panel()->mapTo(&w, QPoint(250, 2))), cfg().Panel_Color);
+    EXPECT_EQ(colourOf(shot, needleMiddle(w.session().needle())), cfg().MainNeedle_Color);
+}
+
+TEST_F(MainWindowTest, QuitClosesTheWindow) {
+    QAction* quit = nullptr;
+    for (QAction* a : w.findChildren<QAction*>())
+        if (a->shortcut() == QKeySequence(QKeySequence::Quit)) quit = a;
+    ASSERT_NE(quit, nullptr);
+    EXPECT_EQ(quit->text(), "&Quit");
+    quit->trigger();
+    EXPECT_FALSE(w.isVisible());
+}
+
+}  // namespace
+}  // namespace lv
