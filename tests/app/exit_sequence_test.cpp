@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
+
 #include <unistd.h>
+#include "support/temp_dir.h"
 
 #include <filesystem>
 #include <stdexcept>
@@ -18,10 +20,9 @@ constexpr Colour kChangedDial = 4242;
 
 class ExitSequenceTest : public ::testing::Test {
 protected:
+    test::TempDir m_temp{"lv_exit"};
     ExitSequenceTest() {
-        std::string pattern = (fs::temp_directory_path() / "lv_exit_XXXXXX").string();
-        if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
-        dir = pattern;
+        dir = m_temp.path();
         store.DataFolder = dir.string() + "/";
         store.SettingsFilePath = (dir / "lv_Analog.ini").string();
         store.values = Settings{};
@@ -32,10 +33,6 @@ protected:
         hooks.keepRecordingForRecovery = [this] { log.push_back("keep"); };
         hooks.report = [this](const std::string& text) { log.push_back("report " + text); };
         hooks.closeAudio = [this] { log.push_back("audio"); };
-    }
-    ~ExitSequenceTest() override {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
     }
 
     ExitResult exit(ExitRequest request = {}) {

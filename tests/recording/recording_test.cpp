@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
+
 #include <unistd.h>
+#include "support/temp_dir.h"
 
 #include <algorithm>
 #include <array>
@@ -65,15 +67,8 @@ Bytes readBytes(const fs::path& path) {
 // A fresh folder per test, removed with everything in it.
 class Folder : public ::testing::Test {
 protected:
-    Folder() {
-        std::string pattern = (fs::temp_directory_path() / "lv_rec_XXXXXX").string();
-        if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
-        dir = pattern;
-    }
-    ~Folder() override {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
-    }
+    lv::test::TempDir m_temp{"lv_rec"};
+    Folder() { dir = m_temp.path(); }
     fs::path file(const std::string& name) const { return dir / name; }
     std::string save() const { return file("save").string() + "/"; }
     void touch(const std::string& relative) const {

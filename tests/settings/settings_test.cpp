@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
+
 #include <unistd.h>
+#include "support/temp_dir.h"
 
 #include <filesystem>
 #include <fstream>
@@ -42,15 +44,10 @@ void set(Settings& values, const char* key, const char* text) {
 // A fresh data folder per test, removed afterwards.
 class Folder : public ::testing::Test {
 protected:
+    test::TempDir m_temp{"lv_settings"};
     Folder() {
-        std::string pattern = (fs::temp_directory_path() / "lv_settings_XXXXXX").string();
-        if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
-        dir = pattern;
+        dir = m_temp.path();
         store.DataFolder = dir.string() + "/";
-    }
-    ~Folder() override {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
     }
     std::string file(const std::string& name) const { return (dir / name).string(); }
     std::string ini() const { return file("lv_Analog.ini"); }
