@@ -13,19 +13,20 @@ float f(double v) {
     return static_cast<float>(v);
 }
 
-// The dial-coloured fan with its centre blanked, common to both traditional scales.
-void traditionalFan(Surface& s, const Settings& cfg) {
+// The dial-coloured fan with its centre blanked, common to both traditional
+// scales; they differ only in the line width left in force afterwards.
+void traditionalFan(Surface& s, const Settings& cfg, int lineWidth) {
+    s.setLineWidth(lineWidth);
+    s.setForeColour(cfg.Panel_Color);
+    s.setFillColour(cfg.Dial_Color);
+    s.setFillStyle(FillStyle::Solid);
     s.arc(0, 0, 1110, cfg.Panel_Color, f(-(q - S / 1.8)), f(-(q + S / 1.8)));
     s.setFillColour(cfg.Panel_Color);
     s.circle(0, 0, 465, cfg.Panel_Color);
 }
 
 void traditionalScale(Surface& s, const Settings& cfg) {
-    s.setLineWidth(1);
-    s.setForeColour(cfg.Panel_Color);
-    s.setFillColour(cfg.Dial_Color);
-    s.setFillStyle(FillStyle::Solid);
-    traditionalFan(s, cfg);
+    traditionalFan(s, cfg, 1);
 
     s.setLineWidth(2);
     s.arc(0, 0, 1020, cfg.Scale_Color, f(q - S / 2), f(q + S / 2));
@@ -45,11 +46,7 @@ void traditionalScale(Surface& s, const Settings& cfg) {
 }
 
 void simpleTraditionalScale(Surface& s, const Settings& cfg) {
-    s.setLineWidth(2);
-    s.setForeColour(cfg.Panel_Color);
-    s.setFillColour(cfg.Dial_Color);
-    s.setFillStyle(FillStyle::Solid);
-    traditionalFan(s, cfg);
+    traditionalFan(s, cfg, 2);
 
     s.arc(0, 0, 1020, cfg.Scale_Color, f(q + S / 2), f(q + 1.05 * S / 2));
     s.arc(0, 0, 1020, cfg.Scale_Color, f(q - 1.05 * S / 2), f(q - S / 2));
