@@ -1,0 +1,69 @@
+#pragma once
+#include <QAction>
+#include <QMenuBar>
+#include <QObject>
+#include <QString>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/colour.h"
+#include "settings/settings_file.h"
+#include "signal/meter_state.h"
+
+namespace lv {
+
+// What the menus ask of the window. Empty members are skipped.
+struct MenuHooks {
+    std::function<void()> connect;             // mnuConnectionConnect: the whole search
+    std::function<void(int portNumber)> port;  // a "Comm" n ":" item: try that port
+    std::function<void(bool remote)> sensor;   // mnuSensorLocal / mnuSensorRemote
+    std::function<void()> meterSetup;          // opens frmMeter
+    std::function<void()> loadSettings;        // mnuLoadSettings
+    std::function<void()> saveSettings;        // mnuSaveSettings
+    std::function<void()> saveSettingsAs;      // mnuSaveSettingsAs
+    // A choice changed the face (colours, needle width): rebuild the dial.
+    std::function<void()> redrawPanel;
+    // A Graph menu choice: the chart rebuilds itself on its next sample.
+    std::function<void()> reinitChart;
+    // Chart shown/hidden or its height, recording panel shown/hidden.
+    std::function<void()> relayout;
+    // The colour dialog, starting at `current`; nothing when cancelled.
+    std::function<std::optional<Colour>(Colour current, const QString& title)> pickColour;
+    std::function<void()> quit;
+};
+
+// The main window's menu bar. Every item the program's documents name carries
+// that name as its objectName; the handlers change the settings in the store
+// (and LagLimit in the meter state) and then tell the window through the hooks.
+class MainMenus : public QObject {
+    Q_OBJECT
+public:
+    MainMenus(QMenuBar* bar, SettingsStore& store, MeterState& st, MenuHooks hooks,
+              QObject* parent = nullptr);
+
+    // Puts every check mark where the settings say, and LagLimit from
+    // DataLag_Index (start-up step 9, and after Load Settings).
+    void syncFromSettings();
+
+    // The port menu: one "Comm" n ":" item per available port with its device
+    // path beside it; `checked` (1-based, 0 = none) carries the check mark.
+    void setPorts(const std::vector<std::string>& paths, const std::vector<bool>& available,
+                  int checked);
+    // The sensor choice is shown once a meter that has one has been started.
+    void showSensorMenu(bool shown);
+
+    // The item with this objectName, or nullptr. Items of a control array
+    // share their objectName and carry their index in the property "Index";
+    // -1 takes the first item of that name.
+    QAction* action(const QString& objectName, int index = -1) const;
+
+private:
+    QMenuBar* m_bar;
+    SettingsStore& m_store;
+    MeterState& m_st;
+    MenuHooks m_hooks;
+};
+
+}  // namespace lv
