@@ -8,14 +8,6 @@
 
 namespace lv {
 
-// The wall-clock time of one tick, read by the caller so that tests choose it.
-struct ClockTime {
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
-    CalendarDate date;
-};
-
 // tmrClock_Timer: the clock display and the link watchdog, one call per
 // 800 ms tick. The port's receive threshold tells whether a meter link is
 // armed; the receive event clears DataSilent, each tick sets it again.

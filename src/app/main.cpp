@@ -5,17 +5,18 @@
 #include <QSerialPortInfo>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <QWidget>
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
 
+#include "app/data_folder.h"
 #include "app/qt_main_window.h"
 #include "device/port_candidates.h"
 
 namespace {
 
 int g_signalPipe[2] = {-1, -1};
-bool g_exitDue = false;
 
 void onSignal(int) {
     const char c = 1;
@@ -31,7 +32,7 @@ std::vector<std::string> systemPorts() {
 }
 
 // Leaves without running static destructors of libraries that may still hold
-// devices; everything of ours has been flushed by then.
+// devices; everything of ours has been saved by then.
 [[noreturn]] void finish(int code) {
     std::fflush(stdout);
     std::fflush(stderr);
@@ -52,61 +53,86 @@ int main(int argc, char* argv[]) {
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Display for the lv3 meter. Without a meter the window runs in Demo Mode.");
+        "Display and recorder for the lv3 meter. Without a meter the window runs in Demo Mode.");
     parser.addHelpOption();
     parser.addVersionOption();
     QCommandLineOption portOption("port", "Serial port to try first (repeatable).", "PATH");
+    QCommandLineOption dataDirOption(
+        "data-dir", "Folder of lv_Analog.ini and lv_Analog.cfg (default: ~/.config/lv_Analog).",
+        "DIR");
     QCommandLineOption exitAfterOption("exit-after", "Close in order after SECONDS.", "SECONDS");
     QCommandLineOption screenshotOption(
         "screenshot", "Save a PNG of the window once the needle is live (or in Demo Mode).",
         "FILE");
     parser.addOption(portOption);
+    parser.addOption(dataDirOption);
     parser.addOption(exitAfterOption);
     parser.addOption(screenshotOption);
     parser.process(app);
 
+    const std::filesystem::path exeDir = QCoreApplication::applicationDirPath().toStdString();
+    const char* xdg = std::getenv("XDG_CONFIG_HOME");
+    const char* home = std::getenv("HOME");
+    const lv::DataFolderResult data = lv::chooseDataFolder(
+        {parser.value(dataDirOption).toStdString(), exeDir, xdg ? xdg : "", home ? home : ""});
+    if (!data.error.empty()) {
+        std::fprintf(stderr, "lv_Analog: %s\n", data.error.c_str());
+        return 2;
+    }
+
+    double exitAfter = -1;
+    if (parser.isSet(exitAfterOption)) {
+        bool ok = false;
+        exitAfter = parser.value(exitAfterOption).toDouble(&ok);
+        if (!ok || exitAfter < 0) {
+            std::fprintf(stderr, "lv_Analog: --exit-after wants a number of seconds\n");
+            return 2;
+        }
+    }
+
     std::vector<std::string> given;
     for (const auto& p : parser.values(portOption)) given.push_back(p.toStdString());
     const char* env = std::getenv("LV_ANALOG_PORTS");
-    const auto candidates = lv::portCandidates(given, env ? env : "", systemPorts());
+    const std::string envPorts = env ? env : "";
 
+    lv::StartOptions options;
+    options.dataFolder = data.folder;
+    options.versionText = LV_VERSION;
+    options.candidates = [given, envPorts] {
+        return lv::portCandidates(given, envPorts, systemPorts());
+    };
+    lv::MainWindow window(std::move(options));
+
+    // A signal or --exit-after closes the window as Quit does, answering no
+    // question. One that lands during start-up (the port search, its
+    // Retry/Cancel box) cuts the search short and closes once it is over.
+    bool exitDue = false;
+    auto requestExit = [&] {
+        exitDue = true;
+        window.prompter().setUnattended(true);
+        if (QWidget* box = QApplication::activeModalWidget()) box->close();
+        if (window.started()) window.closeUnattended();
+    };
     if (::pipe(g_signalPipe) == 0) {
         std::signal(SIGINT, onSignal);
         std::signal(SIGTERM, onSignal);
         auto* notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
-        QObject::connect(notifier, &QSocketNotifier::activated, &app, [] {
-            g_exitDue = true;
-            QCoreApplication::quit();
+        QObject::connect(notifier, &QSocketNotifier::activated, &app, [&] {
+            char c;
+            [[maybe_unused]] auto n = ::read(g_signalPipe[0], &c, 1);
+            requestExit();
         });
     }
-    if (parser.isSet(exitAfterOption)) {
-        bool ok = false;
-        const double secs = parser.value(exitAfterOption).toDouble(&ok);
-        if (!ok || secs < 0) {
-            std::fprintf(stderr, "lv_Analog: --exit-after wants a number of seconds\n");
-            return 2;
-        }
-        // Remembered as well: a quit that lands inside the port search would
-        // otherwise be forgotten by the main loop that starts after it.
-        QTimer::singleShot(static_cast<int>(secs * 1000), &app, [] {
-            g_exitDue = true;
-            QCoreApplication::quit();
-        });
-    }
+    if (exitAfter >= 0) QTimer::singleShot(static_cast<int>(exitAfter * 1000), &app, requestExit);
 
-    lv::MainWindow window(stdout);
     QObject::connect(&window.session(), &lv::LiveSession::linkLost, &app,
                      [](const QString& reason) {
-                         std::fprintf(stdout, "Link lost: %s\n", qPrintable(reason));
-                         std::fflush(stdout);
+                         std::fprintf(stderr, "lv_Analog: link lost: %s\n", qPrintable(reason));
                      });
-    window.show();
 
-    if (candidates.empty())
-        std::fprintf(stdout, "No serial ports found. Give one with --port PATH.\n");
-    const bool live = window.connectMeter(candidates);
-    if (!live) std::fprintf(stdout, "No Hardware Detected\n");
-    std::fflush(stdout);
+    window.Form_Load();
+    window.show();
+    const bool live = window.session().state().PortNumber != 0;
 
     bool shot = !parser.isSet(screenshotOption);
     auto screenshot = [&] {
@@ -128,7 +154,12 @@ int main(int argc, char* argv[]) {
         });
         shotTimer.start(100);
     }
-    const int code = g_exitDue ? 0 : app.exec();
+    if (exitDue) {
+        screenshot();
+        window.closeUnattended();
+        finish(0);
+    }
+    const int code = app.exec();
     screenshot();
     finish(code);
 }

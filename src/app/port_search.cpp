@@ -40,6 +40,12 @@ std::string PortSearch::portName(int portNumber) const {
     return m_candidates[portNumber - 1];
 }
 
+void PortSearch::setCandidates(std::vector<std::string> candidates) {
+    m_candidates = std::move(candidates);
+    m_available.assign(m_candidates.size(), false);
+    if (m_checkedPort > portCount()) m_checkedPort = 0;
+}
+
 void PortSearch::Init_Ports() {
     m_port.close();
     // Every candidate, not only the first 16: on Linux fixed serial ports

@@ -44,6 +44,13 @@ public:
     // event is armed when a meter port is in use.
     void armLink();
 
+    // The list can change while the program runs (an adapter plugged in);
+    // a new list is taken before the next scan.
+    void setCandidates(std::vector<std::string> candidates);
+    const std::vector<std::string>& candidates() const { return m_candidates; }
+    const std::vector<bool>& availability() const { return m_available; }
+    void setHooks(SearchHooks hooks) { m_hooks = std::move(hooks); }
+
     int portCount() const { return static_cast<int>(m_candidates.size()); }
     // 1-based, as the port menu numbers them.
     bool isAvailable(int portNumber) const;

@@ -1,69 +1,160 @@
 #include "app/qt_live_session.h"
 
+#include <QFileInfo>
+
 #include "device/link_status.h"
-#include "device/meter_start.h"
 #include "signal/lamp_rules.h"
 #include "signal/needle_model.h"
 
 namespace lv {
 
-LiveSession::LiveSession(DisplaySink& display, std::FILE* out, QObject* parent)
-    : QObject(parent), m_out(out), m_ctx{m_st, m_cfg, display, m_recorder} {
-    m_st.LagLimit = lagLimitForItem(m_cfg.DataLag_Index);
+namespace {
+
+// Keeps a flag set for the length of an exchange with the meter, so that a
+// timer or a menu click arriving inside its waits does not start another.
+class BusyScope {
+public:
+    explicit BusyScope(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~BusyScope() { m_flag = false; }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+private:
+    bool& m_flag;
+};
+
+}  // namespace
+
+LiveSession::LiveSession(SettingsStore& store, DisplaySink& display, Prompter& prompter,
+                         std::string versionText, CandidateList candidates, QObject* parent)
+    : QObject(parent),
+      m_store(store),
+      m_display(display),
+      m_candidates(std::move(candidates)),
+      m_ctx{m_st, store.values, display, m_recorder},
+      m_search(m_port, m_pump, m_st, display, prompter, store.values, {}, std::move(versionText)) {
+    m_st.LagLimit = lagLimitForItem(store.values.DataLag_Index);
     m_port.setReceiveHandler([this] { receiveEvent(m_ctx, m_port, *this); });
-    connect(&m_port, &QtSerialPort::portFailed, this, [this](const QString& reason) {
-        m_st.PortNumber = 0;
-        // What the watchdog would show a moment later, once the line is silent.
-        if (m_st.ShownStatus == kStatusInputOk || m_st.ShownStatus == kStatusRecording)
-            showStatus(m_st, m_ctx.display, kStatusInputError, kStatusErrorColour);
-        emit linkLost(reason);
-    });
-    m_reportTimer.setInterval(1000);
-    connect(&m_reportTimer, &QTimer::timeout, this, &LiveSession::report);
+    connect(&m_port, &QtSerialPort::portFailed, this, &LiveSession::portFailed);
+    m_reconnectTimer.setInterval(static_cast<int>(ReconnectPolicy::kPollSeconds * 1000));
+    connect(&m_reconnectTimer, &QTimer::timeout, this, &LiveSession::pollReconnect);
+    m_clock.start();
 }
 
-bool LiveSession::connectMeter(const std::vector<std::string>& candidates) {
+double LiveSession::secondsNow() const {
+    return static_cast<double>(m_clock.elapsed()) / 1000.0;
+}
+
+void LiveSession::findMeterAtStart(std::int16_t savedPort, SearchHooks hooks) {
+    BusyScope busy(m_busy);
+    m_search.setCandidates(m_candidates ? m_candidates() : std::vector<std::string>{});
+    m_search.setHooks(std::move(hooks));
+    m_st.PortNumber = savedPort;
+    m_search.findMeterAtStart();
+    // The splash goes with the start-up; later searches show no progress.
+    m_search.setHooks({});
+    emit portsChanged();
+}
+
+void LiveSession::armLink() {
+    m_search.armLink();
+    m_st.NeedleReset = true;
+    m_st.ReferencePending = true;
+}
+
+void LiveSession::connectFromMenu() {
+    if (m_busy) return;
+    BusyScope busy(m_busy);
+    m_reconnect.cancel();
+    m_reconnectTimer.stop();
+    m_search.setCandidates(m_candidates ? m_candidates() : std::vector<std::string>{});
+    m_search.mnuConnectionConnect_Click();
+    if (m_st.PortNumber != 0) goLive();
+    emit portsChanged();
+}
+
+void LiveSession::tryPort(int portNumber) {
+    if (m_busy || !m_search.isAvailable(portNumber)) return;
+    BusyScope busy(m_busy);
+    m_reconnect.cancel();
+    m_reconnectTimer.stop();
     m_port.setThreshold(0);
-    for (std::size_t i = 0; i < candidates.size(); ++i) {
-        m_port.setPortName(candidates[i]);
-        std::fprintf(m_out, "Checking Port %zu for Hardware (%s)\n", i + 1, candidates[i].c_str());
-        std::fflush(m_out);
-        if (!probeMeter(m_port, m_pump, m_version)) continue;
-        std::fprintf(m_out, "Meter %s, boot %s, program %s\n", m_version.hardware.c_str(),
-                     m_version.boot.c_str(), m_version.firmware.c_str());
-        if (!startMeter(m_port, m_pump, m_version.code, m_cfg.lv3SensorMode)) {
-            std::fprintf(m_out, "Unknown hardware code \"%s\"\n", m_version.code.c_str());
-            continue;
-        }
-        m_st.PortNumber = static_cast<std::int16_t>(i + 1);
+    m_st.PortNumber = static_cast<std::int16_t>(portNumber);
+    if (m_search.Check_Version()) {
         m_st.RunMode = kRunLive;
-        m_st.GoodFrames = 0;
-        m_st.NeedleReset = true;
-        m_st.ReferencePending = true;
-        m_port.discardInput();
-        m_port.setThreshold(kSearchThreshold);
-        m_reportTimer.start();
-        return true;
+        goLive();
+    } else {
+        // As after Cancel in the search: no meter, and the status says so.
+        m_st.PortNumber = 0;
+        if (m_st.RunMode == kRunLive) m_st.RunMode = kRunNoMeter;
+        m_st.StatusText = std::string(kStatusDemo);
+        if (m_st.ShownStatus != m_st.StatusText)
+            showStatus(m_st, m_display, kStatusDemo, m_store.values.Text_Color);
     }
-    m_st.PortNumber = 0;
-    m_st.RunMode = kRunNoMeter;
-    m_st.StatusText = std::string(kStatusDemo);
-    showStatus(m_st, m_ctx.display, kStatusDemo, m_cfg.Text_Color);
-    return false;
+    emit portsChanged();
+}
+
+void LiveSession::goLive() {
+    m_st.GoodFrames = 0;
+    m_st.NeedleReset = true;
+    m_st.ReferencePending = true;
+    m_port.discardInput();
+    m_port.setThreshold(kSearchThreshold);
+}
+
+void LiveSession::chooseSensor(bool remote) {
+    if (m_port.isOpen())
+        m_port.write(
+            protocol::commandLine(remote ? protocol::kSensorRemote : protocol::kSensorLocal));
+    // A "LINK" left on the status line gives way to the ordinary status.
+    if (!remote && m_st.ShownStatus == "LINK")
+        showStatus(m_st, m_display, m_st.StatusText, m_store.values.Text_Color);
+}
+
+void LiveSession::disarm() {
+    m_reconnect.cancel();
+    m_reconnectTimer.stop();
+    m_port.setThreshold(0);
 }
 
 void LiveSession::onNewSample() {
-    m_needle = liveNeedleValue(m_st, m_cfg, m_ctx.display);
+    m_needle = liveNeedleValue(m_st, m_store.values, m_display);
     // The needle has been drawn with the fresh reference: back to normal.
     m_st.NeedleReset = false;
     ++m_samples;
     emit newSample(m_needle);
 }
 
-void LiveSession::report() {
-    std::fprintf(m_out, "Needle  %6d  raw %5d  filtered %5d  samples %ld\n", m_needle,
-                 m_st.RawNeedle, m_st.FilteredNeedle, m_samples);
-    std::fflush(m_out);
+void LiveSession::portFailed(const QString& reason) {
+    // What the watchdog would show a moment later, once the line is silent.
+    if (m_st.ShownStatus == kStatusInputOk || m_st.ShownStatus == kStatusRecording)
+        showStatus(m_st, m_display, kStatusInputError, kStatusErrorColour);
+    if (m_st.PortNumber != 0) {
+        m_reconnect.lost(m_search.portName(m_st.PortNumber));
+        m_reconnectTimer.start();
+    }
+    emit linkLost(reason);
+}
+
+void LiveSession::pollReconnect() {
+    if (m_busy) return;
+    const bool present = QFileInfo::exists(QString::fromStdString(m_reconnect.path()));
+    if (!m_reconnect.due(secondsNow(), present)) {
+        if (!m_reconnect.waiting()) m_reconnectTimer.stop();
+        return;
+    }
+    BusyScope busy(m_busy);
+    m_port.setThreshold(0);
+    if (m_search.Check_Version()) {
+        m_reconnect.reconnected();
+        m_reconnectTimer.stop();
+        if (m_st.RunMode == kRunNoMeter) m_st.RunMode = kRunLive;
+        goLive();
+        emit linkRestored();
+        emit portsChanged();
+    } else {
+        m_reconnect.probeFailed(secondsNow());
+    }
 }
 
 }  // namespace lv

@@ -1,60 +1,92 @@
 #pragma once
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
-#include <cstdio>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "app/port_search.h"
+#include "app/reconnect_policy.h"
+#include "common/prompter.h"
 #include "common/qt_pump.h"
 #include "device/com_input.h"
-#include "device/protocol.h"
 #include "device/qt_serial_port.h"
 #include "device/receive_event.h"
-#include "settings/settings.h"
+#include "settings/settings_file.h"
 #include "signal/meter_state.h"
 
 namespace lv {
 
-// The live link from port search to decoded samples, without a window: finds
-// the meter among the candidate ports, starts it and runs the receive event.
+// The meter link: the port search, the receive event, the sensor choice and
+// the reconnection of a port that failed while in use.
 class LiveSession : public QObject, public SampleConsumer {
     Q_OBJECT
 public:
-    LiveSession(DisplaySink& display, std::FILE* out, QObject* parent = nullptr);
+    using CandidateList = std::function<std::vector<std::string>()>;
 
-    // Tries each candidate in order (port n = entry n-1); true when a meter
-    // answered and was started.
-    bool connectMeter(const std::vector<std::string>& candidates);
+    LiveSession(SettingsStore& store, DisplaySink& display, Prompter& prompter,
+                std::string versionText, CandidateList candidates, QObject* parent = nullptr);
 
+    // Start-up: the saved port (1-based, 0 = none) first, then the whole
+    // search with its Retry/Cancel question when no meter answered there.
+    void findMeterAtStart(std::int16_t savedPort, SearchHooks hooks);
+    // Once the window is drawn: stale bytes go, the receive event is armed and
+    // the first frame takes the needle reference.
+    void armLink();
+
+    // The menu's Connect: a fresh port list and the whole search.
+    void connectFromMenu();
+    // A port item of the menu: that port only.
+    void tryPort(int portNumber);
+    // mnuSensorLocal / mnuSensorRemote.
+    void chooseSensor(bool remote);
+    // Closing: nothing more is received and no reconnection is tried.
+    void disarm();
+
+    MeterState& state() { return m_st; }
     const MeterState& state() const { return m_st; }
-    const Settings& settings() const { return m_cfg; }
-    const protocol::VersionInfo& version() const { return m_version; }
-    long samples() const { return m_samples; }
+    SerialPort& port() { return m_port; }
+    const PortSearch& search() const { return m_search; }
+    // True while the port search or a probe is talking to the meter.
+    bool busy() const { return m_busy; }
+    bool reconnecting() const { return m_reconnect.waiting(); }
     std::int32_t needle() const { return m_needle; }
+    long samples() const { return m_samples; }
 
     void onNewSample() override;
 
 signals:
-    void linkLost(const QString& reason);
-    // After each reading, with the needle value just computed.
     void newSample(std::int32_t needle);
+    void linkLost(const QString& reason);
+    void linkRestored();
+    // The port menu and the sensor menu need rebuilding.
+    void portsChanged();
 
 private:
-    void report();
+    void portFailed(const QString& reason);
+    void pollReconnect();
+    void goLive();
+    // Monotonic: a reconnection waiting across midnight still comes due.
+    double secondsNow() const;
 
-    std::FILE* m_out;
+    SettingsStore& m_store;
+    DisplaySink& m_display;
+    CandidateList m_candidates;
     QtSerialPort m_port;
     QtPump m_pump;
     MeterState m_st;
-    Settings m_cfg;
     NoRecorder m_recorder;
     LiveContext m_ctx;
-    protocol::VersionInfo m_version;
-    QTimer m_reportTimer;
+    PortSearch m_search;
+    ReconnectPolicy m_reconnect;
+    QTimer m_reconnectTimer;
+    QElapsedTimer m_clock;
+    bool m_busy = false;
     long m_samples = 0;
-    std::int32_t m_needle = kNeedleRestValue;
-
-    static constexpr std::int32_t kNeedleRestValue = -2503;
+    // The needle at rest before the first frame, a little left of zero.
+    std::int32_t m_needle = -2503;
 };
 
 }  // namespace lv

@@ -1,11 +1,13 @@
 #pragma once
 #include <QAction>
+#include <QMenu>
 #include <QMenuBar>
 #include <QObject>
 #include <QString>
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/colour.h"
@@ -60,10 +62,36 @@ public:
     QAction* action(const QString& objectName, int index = -1) const;
 
 private:
+    // Items of which at most one carries the check mark: the one whose value
+    // the settings hold (none when they hold a value no item offers). A toggle
+    // is a group of one item with the value 1.
+    struct CheckGroup {
+        std::vector<std::pair<QAction*, int>> items;
+        std::function<std::optional<int>()> current;
+    };
+
+    void buildConnection();
+    void buildSettings();
+    void buildColours(QMenu* settings);
+    void buildAlerts(QMenu* settings);
+    void buildViewAndGraph();
+    // Wires a group: a click runs `choose` with the item's value, then the
+    // check marks follow the settings.
+    void addGroup(std::vector<std::pair<QAction*, int>> items,
+                  std::function<std::optional<int>()> current, std::function<void(int)> choose);
+    void addToggle(QMenu* menu, const QString& caption, const QString& name, bool Settings::*flag,
+                   std::function<void()> MenuHooks::*after);
+    void syncChecks();
+
     QMenuBar* m_bar;
     SettingsStore& m_store;
     MeterState& m_st;
     MenuHooks m_hooks;
+    QMenu* m_connection = nullptr;
+    QAction* m_portsEnd = nullptr;  // the port items go before it
+    QMenu* m_sensor = nullptr;
+    std::vector<QAction*> m_ports;  // "Comm" n ":" at [n - 1], reused, never deleted
+    std::vector<CheckGroup> m_groups;
 };
 
 }  // namespace lv

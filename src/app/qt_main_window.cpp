@@ -1,13 +1,19 @@
 #include "app/qt_main_window.h"
 
-#include <QAction>
+#include <QCloseEvent>
+#include <QColorDialog>
 #include <QDateTime>
-#include <QKeySequence>
+#include <QGuiApplication>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cstdio>
 
+#include "app/exit_sequence.h"
+#include "app/program_files.h"
+#include "app/qt_splash.h"
 #include "common/vb_format.h"
 #include "display/needle_drawing.h"
 
@@ -17,8 +23,13 @@ namespace {
 
 // The meter sends 50 readings a second; the screen gains nothing from more.
 constexpr int kRepaintMs = 20;
-// The clock shows minutes: looking a little more often than once a minute is enough.
+// tmrClock: the clock shows minutes, and two silent ticks flag the link.
 constexpr int kClockMs = 800;
+// The dial's own shape and the size it is drawn for when nothing was saved.
+constexpr int kDialWidth = 800;
+constexpr int kDialHeight = 500;
+// Width over height of the panel's coordinates (y runs upwards).
+constexpr double kDialAspect = -kPanelScale.width / kPanelScale.height;
 
 ClockTime clockNow() {
     const QDateTime now = QDateTime::currentDateTime();
@@ -30,10 +41,17 @@ ClockTime clockNow() {
     return t;
 }
 
+// GraphHeight_Index is kept as text; the chart is 1 to 5 fifths of the dial.
+int chartFifths(const Settings& cfg) {
+    return std::clamp<int>(vbCInt(cfg.GraphHeight_Index).value_or(3), 1, 5);
+}
+
 }  // namespace
 
-MainWindow::MainWindow(std::FILE* out, QWidget* parent)
+MainWindow::MainWindow(StartOptions options, QWidget* parent)
     : QMainWindow(parent),
+      m_options(std::move(options)),
+      m_prompter(this),
       m_panel(new PanelWidget),
       m_chart(new PanelWidget),
       m_status(new QLabel),
@@ -44,74 +62,190 @@ MainWindow::MainWindow(std::FILE* out, QWidget* parent)
                      m_status->setPalette(pal);
                      m_status->setText(QString::fromStdString(text));
                  }),
-      m_session(m_readouts, out),
-      m_ctx{m_panel->surface(), m_session.settings(), m_session.state(),
-            m_readouts,         m_panelState,         [] { return ClockInputs{clockNow()}; }} {
-    m_readouts.setSettings(m_session.settings());
+      m_session(m_store, m_readouts, m_prompter, m_options.versionText, m_options.candidates),
+      m_watchdog(m_session.state(), m_session.port(), m_readouts, {}),
+      m_ctx{m_panel->surface(), m_store.values, m_session.state(),
+            m_readouts,         m_panelState,   [] { return ClockInputs{clockNow()}; }} {
+    setObjectName("frmMain");
+    m_panel->setObjectName("picMeterPanel");
+    m_chart->setObjectName("picGraph");
+    m_status->setObjectName("lblStatus");
+    m_readouts.setSettings(m_store.values);
     setWindowTitle("lv_Analog");
 
-    QMenu* file = menuBar()->addMenu("&File");
-    QAction* quit = file->addAction("&Quit", this, &QWidget::close);
-    quit->setShortcut(QKeySequence::Quit);
+    m_menus = std::make_unique<MainMenus>(menuBar(), m_store, m_session.state(), menuHooks(), this);
 
     auto* central = new QWidget;
+    central->setAutoFillBackground(true);
     auto* layout = new QVBoxLayout(central);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    // Stretch 5 against GraphHeight_Index: the chart is that many fifths of the dial's height.
-    const int graphFifths =
-        std::clamp<int>(vbCInt(m_session.settings().GraphHeight_Index).value_or(3), 1, 5);
     layout->addWidget(m_panel, 5);
-    layout->addWidget(m_chart, graphFifths);
-    m_chart->setVisible(m_graphVisible);
+    layout->addWidget(m_chart, 3);
     setCentralWidget(central);
     statusBar()->addWidget(m_status, 1);
-    m_panel->setAspect(-kPanelScale.width / kPanelScale.height);
-    // A dial area of 800 by 500 pixels: the shape the artwork is drawn for.
-    resize(800, 800 + menuBar()->sizeHint().height() + statusBar()->sizeHint().height());
+    m_panel->setAspect(kDialAspect);
 
     m_panel->setRebuild([this] { rebuildPanel(); });
     m_chart->setRebuild([this] { rebuildChart(); });
 
     connect(&m_session, &LiveSession::newSample, this, &MainWindow::showSample);
+    connect(&m_session, &LiveSession::portsChanged, this, &MainWindow::refreshPortMenu);
     m_repaint.setInterval(kRepaintMs);
     m_repaint.setTimerType(Qt::PreciseTimer);
     connect(&m_repaint, &QTimer::timeout, this, &MainWindow::flush);
-    m_repaint.start();
+    m_clock.setObjectName("tmrClock");
     m_clock.setInterval(kClockMs);
     connect(&m_clock, &QTimer::timeout, this, &MainWindow::tickClock);
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::splashText(const std::string& text) {
+    if (m_splash) m_splash->setProgress(QString::fromStdString(text));
+}
+
+void MainWindow::Form_Load() {
+    m_splash = std::make_unique<SplashForm>(QString::fromStdString(m_options.versionText));
+    m_splash->show();
+    splashText("Loading");
+    QCoreApplication::processEvents();
+
+    loadProgramFiles(m_options.dataFolder, m_store, m_sessionConfig);
+    placeWindow();
+
+    SearchHooks hooks;
+    hooks.splashText = [this](const std::string& text) { splashText(text); };
+    hooks.showSplash = [this] {
+        if (m_splash) m_splash->show();
+    };
+    hooks.closeSplash = [this] {
+        if (m_splash) m_splash->hide();
+    };
+    m_session.findMeterAtStart(
+        savedPort(m_sessionConfig,
+                  static_cast<int>(m_options.candidates ? m_options.candidates().size() : 0)),
+        hooks);
+    if (m_splash) m_splash->hide();
+
+    m_menus->syncFromSettings();
+    MeterState& st = m_session.state();
+    st.ShownBase = "2.0";
+    st.ShownBd = "0.0";
+    st.BdCounting = false;
+    relayout();
+    QCoreApplication::processEvents();
+    m_session.armLink();
+
+    m_started = true;
+    m_repaint.start();
     m_clock.start();
 }
 
-bool MainWindow::connectMeter(const std::vector<std::string>& candidates) {
-    const bool found = m_session.connectMeter(candidates);
-    // The port search wrote its own texts; a fresh face shows the outcome whole.
+void MainWindow::placeWindow() {
+    const int bars = menuBar()->sizeHint().height() + statusBar()->sizeHint().height();
+    const int chart =
+        m_store.values.GraphVisible ? kDialHeight * chartFifths(m_store.values) / 5 : 0;
+    resize(kDialWidth, kDialHeight + chart + bars);
+    const WindowPlacement saved = placementOf(m_sessionConfig);
+    if (!saved.valid()) return;
+    // A screen that has gone since (a second monitor unplugged) must not
+    // leave the window out of reach.
+    QRect wanted(saved.left, saved.top, saved.width, saved.height);
+    const QScreen* screen = QGuiApplication::screenAt(wanted.center());
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    if (screen) {
+        const QRect area = screen->availableGeometry();
+        wanted.setSize(wanted.size().boundedTo(area.size()));
+        if (!area.contains(wanted)) wanted.moveCenter(area.center());
+    }
+    resize(wanted.size());
+    move(wanted.topLeft());
+}
+
+void MainWindow::relayout() {
+    const Settings& cfg = m_store.values;
+    QPalette pal = centralWidget()->palette();
+    pal.setColor(QPalette::Window, toQColor(cfg.Background_Color));
+    centralWidget()->setPalette(pal);
+
+    auto* layout = static_cast<QVBoxLayout*>(centralWidget()->layout());
+    const int fifths = chartFifths(cfg);
+    // Measured before anything changes: showing the chart lays the window
+    // out again at once.
+    const bool wasVisible = !m_chart->isHidden();
+    const int oldChart = wasVisible ? m_chart->height() : 0;
+    const int dialHeight = std::min(m_panel->height(), qRound(m_panel->width() / kDialAspect));
+    // The margins beside a dial held at its shape go too.
+    const int slack = m_panel->height() - dialHeight;
+    layout->setStretch(1, fifths);
+    m_chart->setVisible(cfg.GraphVisible);
+    // The dial keeps its size: the window grows or shrinks by the chart.
+    if (m_started && !isMaximized() && !isFullScreen()) {
+        const int newChart = cfg.GraphVisible ? dialHeight * fifths / 5 : 0;
+        resize(width(), height() - oldChart + newChart - slack);
+    }
     rebuildPanel();
+    if (cfg.GraphVisible) rebuildChart();
     m_panel->update();
-    return found;
+    m_chart->update();
+}
+
+MenuHooks MainWindow::menuHooks() {
+    MenuHooks h;
+    h.connect = [this] { m_session.connectFromMenu(); };
+    h.port = [this](int n) { m_session.tryPort(n); };
+    h.sensor = [this](bool remote) { m_session.chooseSensor(remote); };
+    h.meterSetup = [this] { meterSetup(); };
+    h.loadSettings = [this] { loadSettingsFile(); };
+    h.saveSettings = [this] { SaveSettings(m_store); };
+    h.saveSettingsAs = [this] { saveSettingsFileAs(); };
+    h.redrawPanel = [this] {
+        rebuildPanel();
+        m_panel->update();
+    };
+    h.reinitChart = [this] {
+        if (!m_store.values.GraphVisible) return;
+        rebuildChart();
+        m_chart->update();
+    };
+    h.relayout = [this] { relayout(); };
+    h.pickColour = [this](Colour current, const QString& title) -> std::optional<Colour> {
+        const QColor c = QColorDialog::getColor(toQColor(current), this, title);
+        if (!c.isValid()) return std::nullopt;
+        return rgb(c.red(), c.green(), c.blue());
+    };
+    h.quit = [this] { close(); };
+    return h;
+}
+
+void MainWindow::refreshPortMenu() {
+    const PortSearch& search = m_session.search();
+    const int checked = m_session.state().PortNumber != 0 ? search.checkedPort() : 0;
+    m_menus->setPorts(search.candidates(), search.availability(), checked);
+    m_menus->showSensorMenu(search.sensorMenuShown());
 }
 
 void MainWindow::rebuildPanel() {
     m_panel->surface().setScale(kPanelScale);
-    m_panel->surface().setEraseColour(m_session.settings().Dial_Color);
+    m_panel->surface().setEraseColour(m_store.values.Dial_Color);
     // A new image holds no needle: Update_Needle draws the face first, then the needle.
     m_panelState.redraw = true;
     Update_Needle(m_ctx, m_session.needle());
     m_readouts.redrawLamp();
-    m_lastMinute = clockNow().minute;
 }
 
 void MainWindow::rebuildChart() {
     Init_Graph(m_chartState);
-    Update_Graph(m_chartState, m_chart->surface(), m_session.settings(), 0,
+    Update_Graph(m_chartState, m_chart->surface(), m_store.values, 0,
                  m_chart->surface().widthPixels());
 }
 
 void MainWindow::showSample(std::int32_t needle) {
     Update_Needle(m_ctx, needle);
-    if (m_graphVisible)
-        Update_Graph(m_chartState, m_chart->surface(), m_session.settings(),
-                     m_session.state().RawNeedle, m_chart->surface().widthPixels());
+    if (m_store.values.GraphVisible)
+        Update_Graph(m_chartState, m_chart->surface(), m_store.values, m_session.state().RawNeedle,
+                     m_chart->surface().widthPixels());
     m_dirty = true;
 }
 
@@ -119,16 +253,49 @@ void MainWindow::flush() {
     if (!m_dirty) return;
     m_dirty = false;
     m_panel->update();
-    if (m_graphVisible) m_chart->update();
+    if (m_store.values.GraphVisible) m_chart->update();
     ++m_frames;
 }
 
 void MainWindow::tickClock() {
-    const ClockTime t = clockNow();
-    if (t.minute == m_lastMinute || m_session.state().RunMode == kRunPlayback) return;
-    m_lastMinute = t.minute;
-    m_readouts.Update_Clock(t.hour, t.minute, t.second, t.date);
+    m_watchdog.tmrClock_Timer(clockNow());
     m_panel->update();
+}
+
+void MainWindow::closeUnattended() {
+    m_unattended = true;
+    m_prompter.setUnattended(true);
+    close();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (m_closed) {
+        event->accept();
+        return;
+    }
+    ExitRequest request;
+    request.unattended = m_unattended;
+    ExitHooks hooks;
+    hooks.writeSessionConfig = [this]() -> std::optional<SessionConfigError> {
+        const QRect g = normalGeometry().isValid() ? normalGeometry() : geometry();
+        const MeterState& st = m_session.state();
+        m_sessionConfig =
+            sessionToSave(m_sessionConfig, m_store, st.PortNumber, m_session.search().portCount(),
+                          WindowPlacement{g.x(), g.y(), g.width(), g.height()});
+        return SaveSessionConfig(m_options.dataFolder, m_sessionConfig);
+    };
+    hooks.report = [](const std::string& text) {
+        std::fprintf(stderr, "lv_Analog: %s\n", text.c_str());
+    };
+    if (runExitSequence(m_store, m_prompter, request, hooks) == ExitResult::Cancelled) {
+        event->ignore();
+        return;
+    }
+    m_closed = true;
+    m_session.disarm();
+    m_repaint.stop();
+    m_clock.stop();
+    event->accept();
 }
 
 }  // namespace lv

@@ -2,30 +2,52 @@
 #include <QLabel>
 #include <QMainWindow>
 #include <QTimer>
-#include <cstdio>
+#include <filesystem>
+#include <memory>
 #include <string>
-#include <vector>
 
+#include "app/clock_watchdog.h"
 #include "app/qt_live_session.h"
+#include "app/qt_main_menus.h"
+#include "common/qt_prompter.h"
 #include "display/chart.h"
 #include "display/dial_face.h"
 #include "display/qt_panel_widget.h"
 #include "display/qt_readouts.h"
+#include "settings/session_config.h"
+#include "settings/settings_file.h"
 
 namespace lv {
 
-// The live meter on screen: the dial area with needle, lamp and readouts, the
-// chart under it and the status line. It conducts; the drawing is the model's.
+class SplashForm;
+
+// What the window is started with.
+struct StartOptions {
+    std::filesystem::path dataFolder;
+    std::string versionText;  // major.minor.revision
+    LiveSession::CandidateList candidates;
+};
+
+// frmMain: the dial area with needle, lamp and readouts, the chart under it,
+// the status line and the menus. It conducts; the drawing is the model's.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    // Progress lines of the port search go to `out`, as before the window.
-    explicit MainWindow(std::FILE* out, QWidget* parent = nullptr);
+    explicit MainWindow(StartOptions options, QWidget* parent = nullptr);
+    ~MainWindow() override;
 
-    // Tries the candidate ports; without a meter the window stays in Demo Mode.
-    bool connectMeter(const std::vector<std::string>& candidates);
+    // The start-up: program files, window placement, the search for the
+    // meter (with the splash), menus from the settings, the face, the link.
+    void Form_Load();
+    // Closes as Quit does, asking nothing (signals, --exit-after).
+    void closeUnattended();
+    bool started() const { return m_started; }
 
     LiveSession& session() { return m_session; }
+    SettingsStore& store() { return m_store; }
+    const Settings& settings() const { return m_store.values; }
+    MainMenus& menus() { return *m_menus; }
+    QtPrompter& prompter() { return m_prompter; }
     PanelWidget* panel() const { return m_panel; }
     PanelWidget* chart() const { return m_chart; }
     QString statusText() const { return m_status->text(); }
@@ -34,26 +56,47 @@ public:
 
     // One reading's worth of drawing: the needle, then the chart.
     void showSample(std::int32_t needle);
+    // The layout step: chart shown or not and its height, background, and a
+    // fresh face and chart.
+    void relayout();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
 
 private:
+    MenuHooks menuHooks();
     void rebuildPanel();
     void rebuildChart();
     void tickClock();
     void flush();
+    void refreshPortMenu();
+    void loadSettingsFile();
+    void saveSettingsFileAs();
+    void meterSetup();
+    void placeWindow();
+    void splashText(const std::string& text);
 
+    StartOptions m_options;
+    SettingsStore m_store;
+    SessionConfig m_sessionConfig;
+    QtPrompter m_prompter;
     PanelWidget* m_panel;
     PanelWidget* m_chart;
     QLabel* m_status;
     PanelReadouts m_readouts;
     LiveSession m_session;
+    std::unique_ptr<MainMenus> m_menus;
+    std::unique_ptr<SplashForm> m_splash;
+    ClockWatchdog m_watchdog;
     PanelState m_panelState;
     PanelContext m_ctx;
     ChartState m_chartState;
-    bool m_graphVisible = true;  // until the Graph menu exists
     QTimer m_repaint;
     QTimer m_clock;
-    int m_lastMinute = -1;
     bool m_dirty = false;
+    bool m_started = false;
+    bool m_unattended = false;
+    bool m_closed = false;
     long m_frames = 0;
 };
 

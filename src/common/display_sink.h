@@ -11,6 +11,14 @@ struct CalendarDate {
     int day = 31;
 };
 
+// A moment as the clock shows it, read by the caller so that tests choose it.
+struct ClockTime {
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    CalendarDate date;
+};
+
 // The main window's display routines, as the model calls them. The model keeps
 // what is shown (ShownBase, ShownBd, ShownStatus, LedColour) and hands the texts
 // and colours over; the window only draws.

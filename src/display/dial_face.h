@@ -48,11 +48,6 @@ struct PanelState {
     bool redraw = true;
 };
 
-struct ClockTime {
-    int hour = 0, minute = 0, second = 0;
-    CalendarDate date;
-};
-
 // What the clock may show after a redraw: the computer's time, or during
 // playback the recording's own time.
 struct ClockInputs {

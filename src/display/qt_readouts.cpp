@@ -1,10 +1,9 @@
 #include "display/qt_readouts.h"
 
 #include <QFont>
-#include <QFontMetricsF>
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <vector>
 
 #include "display/needle_drawing.h"
 #include "signal/sens_table.h"
@@ -19,6 +18,14 @@ constexpr double kValueShare = 0.5;     // ... and for the number under it
 // The knob turns through three quarters of a circle, centred on 12 o'clock.
 constexpr double kKnobSweep = 1.5 * kPi;
 constexpr int kKnobLastPos = 63;
+// The digital clock's lines share this much of the box's height; the time
+// alone takes as much as a Base value does.
+constexpr double kClockTextShare = 0.92;
+constexpr double kTimeAloneShare = 0.6;
+constexpr double kTimeWeight = 2.0;  // a date line's height is one
+constexpr double kGlyphShare = 0.8;  // of a line's height, leaving the font its leading
+constexpr double kClockWidthShare = 0.96;
+constexpr double kMeridiemScale = 0.5;  // "AM"/"PM" against the digits' size
 
 }  // namespace
 
@@ -38,13 +45,16 @@ TextStyle PanelReadouts::style(qreal pixels) const {
     return s;
 }
 
-qreal PanelReadouts::fitting(const std::string& text, qreal pixels, qreal widthPixels) const {
+QFontMetricsF PanelReadouts::metricsAt(qreal pixels) const {
     const TextStyle s = style(pixels);
     QFont font(QString::fromStdString(s.font));
     font.setPointSizeF(std::max(1.0f, s.size));
     font.setBold(true);
-    const qreal wide =
-        QFontMetricsF(font, &m_panel.image()).horizontalAdvance(QString::fromStdString(text));
+    return QFontMetricsF(font, &m_panel.image());
+}
+
+qreal PanelReadouts::fitting(const std::string& text, qreal pixels, qreal widthPixels) const {
+    const qreal wide = metricsAt(pixels).horizontalAdvance(QString::fromStdString(text));
     return wide > widthPixels && wide > 0 ? pixels * widthPixels / wide : pixels;
 }
 
@@ -110,36 +120,86 @@ void PanelReadouts::redrawLamp() {
     if (m_lamp) lv::Update_LED(m_panel, cfg().DialType, *m_lamp);
 }
 
-void PanelReadouts::Update_Clock(int hour, int minute, int, const CalendarDate&) {
+void PanelReadouts::Update_Clock(int hour, int minute, int, const CalendarDate& date) {
     const ReadoutBox box = clockBox();
     wipe(box);
-    const qreal high = boxPixelsHigh(box);
-    if (cfg().ClockType == 1) {
-        const QPointF unit = m_panel.toPixels(1, 1) - m_panel.toPixels(0, 0);
-        const float r = static_cast<float>(high * 0.45 / unit.x());
-        const float yPerX = static_cast<float>(unit.x() / -unit.y());
-        const float cx = box.x + box.width / 2, cy = box.y + box.height / 2;
-        m_panel.setLineWidth(2);
-        m_panel.setFillColour(cfg().Dial_Color);
-        m_panel.setFillStyle(FillStyle::Solid);
-        m_panel.circle(cx, cy, r, cfg().Scale_Color);
-        auto hand = [&](double turns, float length, int width) {
-            const double a = turns * 2 * kPi;
-            m_panel.setLineWidth(width);
-            m_panel.line(cx, cy, cx + float(std::sin(a)) * r * length,
-                         cy + float(std::cos(a)) * r * length * yPerX, cfg().Text_Color);
-        };
-        hand(((hour % 12) + minute / 60.0) / 12.0, 0.55f, 3);
-        hand(minute / 60.0, 0.85f, 2);
-        return;
-    }
-    char text[16];
-    if (cfg().ClockType == 2)
-        std::snprintf(text, sizeof text, "%d:%02d", (hour + 11) % 12 + 1, minute);
+    if (cfg().ClockType == kClockAnalog)
+        analogClock(box, hour, minute);
     else
-        std::snprintf(text, sizeof text, "%02d:%02d", hour, minute);
-    const qreal wide = m_panel.toPixels(box.x + box.width, 0).x() - m_panel.toPixels(box.x, 0).x();
-    m_panel.text(box.x, box.y + box.height * 0.2f, text, style(fitting(text, high * 0.5, wide)));
+        digitalClock(box, clockTexts(cfg().ClockType, cfg().DateType, hour, minute, date));
+}
+
+void PanelReadouts::analogClock(const ReadoutBox& box, int hour, int minute) {
+    const qreal high = boxPixelsHigh(box);
+    const QPointF unit = m_panel.toPixels(1, 1) - m_panel.toPixels(0, 0);
+    const float r = static_cast<float>(high * 0.45 / unit.x());
+    const float yPerX = static_cast<float>(unit.x() / -unit.y());
+    const float cx = box.x + box.width / 2, cy = box.y + box.height / 2;
+    m_panel.setLineWidth(2);
+    m_panel.setFillColour(cfg().Dial_Color);
+    m_panel.setFillStyle(FillStyle::Solid);
+    m_panel.circle(cx, cy, r, cfg().Scale_Color);
+    auto hand = [&](double turns, float length, int width) {
+        const double a = turns * 2 * kPi;
+        m_panel.setLineWidth(width);
+        m_panel.line(cx, cy, cx + float(std::sin(a)) * r * length,
+                     cy + float(std::cos(a)) * r * length * yPerX, cfg().Text_Color);
+    };
+    hand(((hour % 12) + minute / 60.0) / 12.0, 0.55f, 3);
+    hand(minute / 60.0, 0.85f, 2);
+}
+
+void PanelReadouts::digitalClock(const ReadoutBox& box, const ClockTexts& texts) {
+    if (texts.time.empty()) return;
+    // The time is what is read from across the room: it gets twice the height
+    // of a date line, and "AM"/"PM" go small beside it so the digits keep
+    // their size. Alone the time keeps the middle of the box, as the other
+    // readouts keep theirs.
+    std::vector<std::pair<std::vector<ClockPiece>, double>> lines{
+        {{{texts.time, 1.0}}, kTimeWeight}};
+    if (!texts.meridiem.empty())
+        lines.front().first.push_back({" " + texts.meridiem, kMeridiemScale});
+    for (const std::string* s : {&texts.weekday, &texts.date})
+        if (!s->empty()) lines.push_back({{{*s, 1.0}}, 1.0});
+    double weights = 0;
+    for (const auto& l : lines) weights += l.second;
+    const double used = lines.size() == 1 ? kTimeAloneShare : kClockTextShare;
+
+    const qreal high = boxPixelsHigh(box);
+    qreal top = high * (1 - used) / 2;  // pixels below the box's top edge
+    for (const auto& [pieces, weight] : lines) {
+        const qreal slot = high * used * weight / weights;
+        clockLine(box, top, slot, pieces);
+        top += slot;
+    }
+}
+
+void PanelReadouts::clockLine(const ReadoutBox& box, qreal top, qreal slot,
+                              const std::vector<ClockPiece>& pieces) {
+    const QPointF unit = m_panel.toPixels(1, 1) - m_panel.toPixels(0, 0);
+    const qreal boxWide = box.width * unit.x();
+    auto wideAt = [&](qreal pixels) {
+        qreal w = 0;
+        for (const ClockPiece& p : pieces)
+            w += metricsAt(pixels * p.scale).horizontalAdvance(QString::fromStdString(p.text));
+        return w;
+    };
+    qreal pixels = slot * kGlyphShare;
+    const qreal room = boxWide * kClockWidthShare, wide = wideAt(pixels);
+    if (wide > room) pixels *= room / wide;
+
+    // Centred in the box, the pieces on one baseline.
+    const QFontMetricsF main = metricsAt(pixels);
+    const qreal baseline = top + (slot - main.height()) / 2 + main.ascent();
+    qreal x = (boxWide - wideAt(pixels)) / 2;
+    for (const ClockPiece& p : pieces) {
+        const qreal size = pixels * p.scale;
+        const QFontMetricsF m = metricsAt(size);
+        m_panel.text(box.x + static_cast<float>(x / unit.x()),
+                     box.y + static_cast<float>((baseline - m.ascent()) / unit.y()), p.text,
+                     style(size));
+        x += m.horizontalAdvance(QString::fromStdString(p.text));
+    }
 }
 
 void PanelReadouts::showPlayTime(const std::string&) {

@@ -1,9 +1,12 @@
 #pragma once
+#include <QFontMetricsF>
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "common/display_sink.h"
+#include "display/clock_text.h"
 #include "display/qt_image_surface.h"
 #include "settings/settings.h"
 
@@ -50,8 +53,21 @@ public:
 private:
     void wipe(const ReadoutBox& box);
     void caption(const ReadoutBox& box, const std::string& label, const std::string& value);
+    void analogClock(const ReadoutBox& box, int hour, int minute);
+    void digitalClock(const ReadoutBox& box, const ClockTexts& texts);
+    // Texts side by side at `scale` times the line's type size.
+    struct ClockPiece {
+        std::string text;
+        double scale;
+    };
+    // One line centred in the box, `top` and `slot` its place in pixels below
+    // the box's top edge, shrunk to the box's width if need be.
+    void clockLine(const ReadoutBox& box, qreal top, qreal slot,
+                   const std::vector<ClockPiece>& pieces);
     float boxPixelsHigh(const ReadoutBox& box) const;
     TextStyle style(qreal pixels) const;
+    // The readouts' bold font at `pixels`, measured on the panel's image.
+    QFontMetricsF metricsAt(qreal pixels) const;
     // The largest size up to `pixels` at which `text` fits `widthPixels`.
     qreal fitting(const std::string& text, qreal pixels, qreal widthPixels) const;
 

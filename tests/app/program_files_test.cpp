@@ -94,9 +94,9 @@ TEST(ReconnectPolicy, ProbesWhenThePathReturnsAndBacksOffWhileItIsSilent) {
     };
     // Present at once: probe; it fails; the next try a second later; the path
     // goes and comes back: probed at once on its return.
-    for (const Step& s : {Step{0.0, true, true, true}, Step{0.5, true, false, false},
-                          Step{1.0, true, true, true}, Step{1.25, false, false, false},
-                          Step{1.5, true, true, false}}) {
+    for (const Step& s :
+         {Step{0.0, true, true, true}, Step{0.5, true, false, false}, Step{1.0, true, true, true},
+          Step{1.25, false, false, false}, Step{1.5, true, true, false}}) {
         EXPECT_EQ(p.due(s.now, s.present), s.due) << s.now;
         if (s.failProbe) p.probeFailed(s.now);
     }

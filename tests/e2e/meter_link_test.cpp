@@ -15,47 +15,10 @@
 #include "signal/lamp_rules.h"
 #include "signal/needle_model.h"
 #include "support/recording_display.h"
+#include "virtual_meter.h"
 
 namespace lv {
 namespace {
-
-// lv3sim on a fresh link in a temporary folder, stopped at the end.
-class VirtualMeter {
-public:
-    explicit VirtualMeter(QStringList extra = {}) {
-        link = dir.filePath("meter");
-        process.setProgram(LV3SIM_PATH);
-        process.setArguments(QStringList{"--link", link} + extra);
-        process.start();
-        ready = process.waitForStarted(5000) && waitForReady();
-    }
-    ~VirtualMeter() {
-        if (process.state() != QProcess::NotRunning) {
-            process.terminate();
-            if (!process.waitForFinished(3000)) process.kill();
-            process.waitForFinished(1000);
-        }
-    }
-    QString scriptPath(const QString& name) const { return dir.filePath(name); }
-
-    QTemporaryDir dir;
-    QString link;
-    QProcess process;
-    bool ready = false;
-
-private:
-    bool waitForReady() {
-        QElapsedTimer t;
-        t.start();
-        while (t.elapsed() < 5000) {
-            process.waitForReadyRead(100);
-            out += process.readAllStandardOutput();
-            if (out.contains("READY")) return true;
-        }
-        return false;
-    }
-    QByteArray out;
-};
 
 struct SampleCounter : SampleConsumer {
     SampleCounter(MeterState& s, const Settings& c, DisplaySink& d) : st(s), cfg(c), display(d) {}
@@ -102,7 +65,7 @@ protected:
 };
 
 TEST_F(MeterLinkTest, IdentifiesStartsAndDecodesTheStream) {
-    VirtualMeter meter({"--code", "3A", "--seed", "5"});
+    test::VirtualMeter meter({"--code", "3A", "--seed", "5"});
     ASSERT_TRUE(meter.ready);
     ASSERT_TRUE(connectTo(meter.link));
     EXPECT_EQ(version.code, "3A");
@@ -124,7 +87,7 @@ TEST_F(MeterLinkTest, IdentifiesStartsAndDecodesTheStream) {
 }
 
 TEST_F(MeterLinkTest, ScriptedFramesArriveExactly) {
-    VirtualMeter probe;  // only for its temporary folder
+    test::VirtualMeter probe;  // only for its temporary folder
     const QString script = probe.scriptPath("frames.txt");
     {
         QFile f(script);
@@ -133,7 +96,7 @@ TEST_F(MeterLinkTest, ScriptedFramesArriveExactly) {
             "# needle steps\nP10002A80064\nP20002A80064\nP30002A80064\nP40002A80064\n"
             "P50002A80064\nP60002A803E8\n");
     }
-    VirtualMeter meter({"--script", script, "--once"});
+    test::VirtualMeter meter({"--script", script, "--once"});
     ASSERT_TRUE(meter.ready);
     ASSERT_TRUE(connectTo(meter.link));
     runFor(600);
@@ -148,14 +111,14 @@ TEST_F(MeterLinkTest, ScriptedFramesArriveExactly) {
 }
 
 TEST_F(MeterLinkTest, ASilentDeviceIsNotAMeter) {
-    VirtualMeter meter({"--mute"});
+    test::VirtualMeter meter({"--mute"});
     ASSERT_TRUE(meter.ready);
     EXPECT_FALSE(connectTo(meter.link));
     EXPECT_FALSE(port.isOpen());
 }
 
 TEST_F(MeterLinkTest, ALostMeterClosesThePortInsteadOfSpinning) {
-    VirtualMeter meter;
+    test::VirtualMeter meter;
     ASSERT_TRUE(meter.ready);
     ASSERT_TRUE(connectTo(meter.link));
     runFor(300);

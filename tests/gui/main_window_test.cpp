@@ -4,23 +4,31 @@
 #include <QApplication>
 #include <cstdio>
 
+#include <fstream>
+
 #include "app/qt_main_window.h"
 #include "display/needle_drawing.h"
+#include "support/temp_dir.h"
 
 namespace lv {
 namespace {
 
-// The window without a meter (no ports to try), laid out at a fixed size and
-// checked through what grab() shows, as a user would see it.
+// The window without a meter (no ports to try, the search's question answered
+// with Cancel), the chart shown, checked through what grab() shows, as a user
+// would see it.
 class MainWindowTest : public ::testing::Test {
 protected:
-    MainWindowTest() : w(stdout) {
-        w.resize(800, 800);
+    static StartOptions options(const test::TempDir& dir) {
+        std::ofstream(dir.file("lv_Analog.ini")) << "[Format]\nGraphVisible=True\n";
+        return {dir.path(), "1.0.0", [] { return std::vector<std::string>{}; }};
+    }
+    MainWindowTest() : w(options(m_dir)) {
+        w.prompter().setUnattended(true);
+        w.Form_Load();
         w.show();
         QApplication::processEvents();
-        w.connectMeter({});
     }
-    const Settings& cfg() { return w.session().settings(); }
+    const Settings& cfg() { return w.settings(); }
     static Colour colourOf(const QImage& shot, QPoint p) {
         const QColor c = shot.pixelColor(p);
         return rgb(c.red(), c.green(), c.blue());
@@ -35,6 +43,7 @@ protected:
         const NeedleLine n = needleLine(value);
         return onPanel((n.innerX + n.outerX) / 2, (n.innerY + n.outerY) / 2);
     }
+    test::TempDir m_dir{"lv_window"};
     MainWindow w;
 };
 
@@ -95,13 +104,35 @@ TEST_F(MainWindowTest, TallWindowKeepsTheDialsShape) {
 }
 
 TEST_F(MainWindowTest, QuitClosesTheWindow) {
-    QAction* quit = nullptr;
-    for (QAction* a : w.findChildren<QAction*>())
-        if (a->shortcut() == QKeySequence(QKeySequence::Quit)) quit = a;
+    QAction* quit = w.menus().action("mnuFileQuit");
     ASSERT_NE(quit, nullptr);
-    EXPECT_EQ(quit->text(), "&Quit");
+    EXPECT_EQ(quit->shortcut(), QKeySequence("Ctrl+Q"));
     quit->trigger();
     EXPECT_FALSE(w.isVisible());
+    SessionConfig written;
+    EXPECT_TRUE(LoadSessionConfig(m_dir.path(), written)) << "the exit writes the session";
+    EXPECT_EQ(written.WindowWidth, w.normalGeometry().width());
+}
+
+TEST_F(MainWindowTest, HidingTheChartKeepsTheDialAndShrinksTheWindow) {
+    // Small enough that growing back fits on the offscreen screen.
+    w.resize(480, w.height() - w.centralWidget()->height() + 480);
+    QApplication::processEvents();
+    const int dialHeight = w.panel()->height();
+    const int windowHeight = w.height();
+    const int chartHeight = w.chart()->height();
+    QAction* graph = w.menus().action("mnuGraphVisible");
+    ASSERT_NE(graph, nullptr);
+    graph->trigger();
+    QApplication::processEvents();
+    EXPECT_FALSE(cfg().GraphVisible);
+    EXPECT_FALSE(w.chart()->isVisible());
+    EXPECT_NEAR(w.panel()->height(), dialHeight, 2);
+    EXPECT_NEAR(w.height(), windowHeight - chartHeight, 2);
+    graph->trigger();
+    QApplication::processEvents();
+    EXPECT_TRUE(w.chart()->isVisible());
+    EXPECT_NEAR(w.chart()->height(), chartHeight, 2);
 }
 
 }  // namespace

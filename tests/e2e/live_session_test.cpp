@@ -1,0 +1,95 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QSignalSpy>
+#include <functional>
+
+#include "app/qt_live_session.h"
+#include "device/link_status.h"
+#include "settings/session_config.h"
+#include "support/recording_display.h"
+#include "support/scripted_prompter.h"
+#include "virtual_meter.h"
+
+namespace lv {
+namespace {
+
+bool waitUntil(const std::function<bool()>& done, int ms) {
+    QElapsedTimer t;
+    t.start();
+    while (!done()) {
+        if (t.elapsed() > ms) return false;
+        QTest::qWait(10);
+    }
+    return true;
+}
+
+TEST(LiveSessionEndToEnd, FindsTheMeterAndTakesItBackWhenItsPortReturns) {
+    test::VirtualMeter meter;
+    ASSERT_TRUE(meter.ready);
+    SettingsStore store;
+    store.values = Settings{};
+    test::RecordingDisplay display;
+    test::ScriptedPrompter prompter;  // a question would fail the test
+    const std::string link = meter.link.toStdString();
+    LiveSession s(store, display, prompter, "1.0.0", [link] { return std::vector{link}; });
+
+    s.findMeterAtStart(0, {});
+    ASSERT_EQ(s.state().PortNumber, 1);
+    ASSERT_EQ(s.state().RunMode, kRunLive);
+    s.armLink();
+    ASSERT_TRUE(waitUntil([&] { return s.state().ShownStatus == kStatusInputOk; }, 3000));
+
+    meter.stop();
+    ASSERT_TRUE(waitUntil([&] { return s.state().ShownStatus == kStatusInputError; }, 3000));
+    EXPECT_TRUE(s.reconnecting());
+
+    QSignalSpy restored(&s, &LiveSession::linkRestored);
+    test::VirtualMeter again({}, meter.link);
+    ASSERT_TRUE(again.ready);
+    QElapsedTimer sinceReturn;
+    sinceReturn.start();
+    ASSERT_TRUE(waitUntil([&] { return restored.count() > 0; }, 5000));
+    EXPECT_LT(sinceReturn.elapsed(), 2000) << "back within two seconds of the port's return";
+    EXPECT_FALSE(s.reconnecting());
+    const long before = s.samples();
+    EXPECT_TRUE(waitUntil([&] { return s.state().ShownStatus == kStatusInputOk; }, 3000));
+    EXPECT_GT(s.samples(), before) << "the needle moves again";
+}
+
+// The program itself: it finds the meter given on the command line, and a
+// SIGTERM closes it as Quit does, writing its files without asking.
+TEST(ProgramEndToEnd, RunsLiveAndClosesInOrderOnSigterm) {
+    test::VirtualMeter meter;
+    ASSERT_TRUE(meter.ready);
+    QTemporaryDir data;
+    const QString shot = data.filePath("shot.png");
+    QProcess app;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    app.setProcessEnvironment(env);
+    app.setProgram(LV_ANALOG_PATH);
+    app.setArguments({"--port", meter.link, "--data-dir", data.path(), "--screenshot", shot});
+    app.start();
+    ASSERT_TRUE(app.waitForStarted(5000));
+    // The screenshot is taken once the needle has moved with live frames.
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(shot); }, 15000));
+    app.terminate();
+    ASSERT_TRUE(app.waitForFinished(10000));
+    EXPECT_EQ(app.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(app.exitCode(), 0);
+
+    SessionConfig cfg;
+    ASSERT_TRUE(LoadSessionConfig(data.path().toStdString(), cfg));
+    EXPECT_EQ(cfg.PortNumber, 1);
+    EXPECT_GE(cfg.PortCandidateCount, 1) << "the system's own ports follow the one given";
+    EXPECT_GT(cfg.WindowWidth, 0) << "the placement is kept";
+    QFile ini(data.filePath("lv_Analog.ini"));
+    ASSERT_TRUE(ini.open(QIODevice::ReadOnly));
+    const QByteArray text = ini.readAll();
+    EXPECT_TRUE(text.contains("[Recording]"));
+    EXPECT_FALSE(text.contains("[Colors]")) << "autosave Off: display settings are not written";
+}
+
+}  // namespace
+}  // namespace lv
