@@ -238,14 +238,18 @@ void MainWindow::rebuildPanel() {
 void MainWindow::rebuildChart() {
     Init_Graph(m_chartState);
     Update_Graph(m_chartState, m_chart->surface(), m_store.values, 0,
-                 m_chart->surface().widthPixels());
+                 m_chart->surface().widthPixels(), chartGain());
+}
+
+std::int16_t MainWindow::chartGain() const {
+    return chartGainIndex(m_store.values.GraphGain, m_session.state().SensPos);
 }
 
 void MainWindow::showSample(std::int32_t needle) {
     Update_Needle(m_ctx, needle);
     if (m_store.values.GraphVisible)
         Update_Graph(m_chartState, m_chart->surface(), m_store.values, m_session.state().RawNeedle,
-                     m_chart->surface().widthPixels());
+                     m_chart->surface().widthPixels(), chartGain());
     m_dirty = true;
 }
 

@@ -67,6 +67,7 @@ private:
     MenuHooks menuHooks();
     void rebuildPanel();
     void rebuildChart();
+    std::int16_t chartGain() const;
     void tickClock();
     void flush();
     void refreshPortMenu();

@@ -1,8 +1,10 @@
 #include "display/chart.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "common/vb_format.h"
+#include "signal/sens_table.h"
 
 namespace lv {
 
@@ -13,6 +15,10 @@ constexpr std::int32_t kOffsetStep = 5000;
 constexpr std::int32_t kKeepBelow = 64537;  // the trace stays under this above the offset
 constexpr std::int32_t kKeepAbove = 1000;   // ... and at least this far above it
 constexpr std::array<double, 5> kGains{0.5, 1, 2, 4, 8};
+// The knob's gains are its label times this.
+constexpr double kKnobGainPerLabel = 1638.4;
+// The knob label whose swing matches the first row.
+constexpr double kKnobLabelAtFirstRow = 2.5;
 
 // Readings are 0..65535; the clamp only keeps a wild value from overflowing
 // the 32-bit ring and the offset arithmetic.
@@ -79,12 +85,22 @@ std::int16_t chartStepsPerSample(const std::string& timescale) {
     return static_cast<std::int16_t>(2 * eighths);
 }
 
+std::int16_t chartGainIndex(std::int16_t graphGain, int sensPos) {
+    const auto& table = SensTable();
+    const int pos = std::clamp(sensPos, 0, 63);
+    const double knobGain = vbVal(table[static_cast<std::size_t>(pos)]) / kKnobGainPerLabel;
+    const int row = knobGain > 0
+                        ? static_cast<int>(std::lround(std::log2(knobGain / kKnobLabelAtFirstRow)))
+                        : 0;
+    return static_cast<std::int16_t>(std::clamp(row + graphGain, 0, int(kGains.size()) - 1));
+}
+
 void Init_Graph(ChartState& cs) {
     cs.reinit = true;
 }
 
 void Update_Graph(ChartState& cs, Surface& graph, const Settings& cfg, std::int32_t value,
-                  int widthPixels) {
+                  int widthPixels, std::int16_t gainIndex) {
     // By default a higher reading plots lower.
     const std::int64_t v = cfg.GraphInvert ? std::int64_t{value} : kFullScale - std::int64_t{value};
     if (cs.reinit) rebuild(cs, graph, cfg, widthPixels);
@@ -93,10 +109,10 @@ void Update_Graph(ChartState& cs, Surface& graph, const Settings& cfg, std::int3
     if (++cs.subStep % 2 != 0) return;
     if (cs.subStep % cs.stepsPerSample == 0) cs.subStep = 0;
 
-    if (cfg.GraphGain != cs.gainIndex) {
+    if (gainIndex != cs.gainIndex) {
         // A flat line, with the current reading put at mid-height.
         graph.clear();
-        cs.gainIndex = cfg.GraphGain;
+        cs.gainIndex = gainIndex;
         cs.y.fill(0);
         cs.offset = scaled(v, chartGain(cs.gainIndex)) - kFullScale / 2;
         return;

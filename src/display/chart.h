@@ -45,12 +45,18 @@ double chartGain(std::int16_t gainIndex);
 // 50 calls a second.
 std::int16_t chartStepsPerSample(const std::string& timescale);
 
+// The gain row the chart plots with. It follows the sensitivity knob, so that
+// the trace swings about as far as the needle does: the knob's gain as the
+// nearest row (a knob label of 2.5 plots at 0.5, each doubling one row up),
+// moved by GraphGain and clamped to the table.
+std::int16_t chartGainIndex(std::int16_t graphGain, int sensPos);
+
 // Asks for a rebuild: the next Update_Graph re-reads the settings and the width.
 void Init_Graph(ChartState& cs);
 
 // Adds one reading and redraws the chart if anything moved. widthPixels is
 // the chart's width, read at re-initialisation.
 void Update_Graph(ChartState& cs, Surface& graph, const Settings& cfg, std::int32_t value,
-                  int widthPixels);
+                  int widthPixels, std::int16_t gainIndex);
 
 }  // namespace lv

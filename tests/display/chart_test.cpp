@@ -19,7 +19,7 @@ class Chart : public ::testing::Test {
 protected:
     std::vector<SurfaceCall> call(std::int32_t value) {  // one Update_Graph: what it drew
         graph.calls.clear();
-        lv::Update_Graph(cs, graph, cfg, value, width);
+        lv::Update_Graph(cs, graph, cfg, value, width, gain);
         return graph.calls;
     }
     Lines lines(const std::vector<SurfaceCall>& calls, lv::Colour ink) const {
@@ -45,6 +45,7 @@ protected:
     lv::ChartState cs;
     lv::RecordingSurface graph;
     int width = 800;
+    std::int16_t gain = 0;
 };
 
 TEST_F(Chart, EverySecondCallCountsAndTheSheetSlidesOnlyWhenAPixelMoves) {
@@ -104,7 +105,7 @@ TEST_F(Chart, TheOffsetMovesInStepsOf5000ToKeepTheTraceOnTheSheet) {
 TEST_F(Chart, AGainChangeFlattensTheTraceAndCentresTheReading) {
     cfg.GraphInvert = true;
     for (std::int32_t v : {40000, 41000, 42000}) sample(v);
-    cfg.GraphGain = 2;  // x 2 x 2
+    gain = 2;  // x 2 x 2
     call(20000);
     EXPECT_EQ(call(20000).size(), 1u) << "only wiped";
     const Points pts = sample(20000);
@@ -112,6 +113,26 @@ TEST_F(Chart, AGainChangeFlattensTheTraceAndCentresTheReading) {
     // The zeros left behind lie 20000 x 4 - 32768 below the offset.
     for (std::size_t i = 0; i + 1 < pts.size(); ++i) EXPECT_EQ(pts[i].second, 32768 - 80000) << i;
     EXPECT_EQ(pts.back().second, 32768) << "mid-height";
+}
+
+TEST(ChartGain, FollowsTheKnobMovedByGraphGain) {
+    struct Case {
+        int sensPos;  // knob label in the comment
+        std::int16_t graphGain;
+        std::int16_t row;
+    };
+    for (const Case& c : {Case{0, 0, 0},   // 1.0: below the first row
+                          Case{8, 0, 0},   // 2.5
+                          Case{13, 0, 0},  // 3.5
+                          Case{16, 0, 1},  // 4.0: nearer 5 than 2.5
+                          Case{20, 0, 1},  // 5.0
+                          Case{36, 0, 2},  // 10
+                          Case{51, 0, 3},  // 20
+                          Case{63, 0, 4},  // 40
+                          Case{36, 1, 3}, Case{36, -5, 0}, Case{63, 3, 4}, Case{99, 0, 4},
+                          Case{-4, 0, 0}})  // a wild knob is clamped
+        EXPECT_EQ(lv::chartGainIndex(c.graphGain, c.sensPos), c.row)
+            << c.sensPos << " " << c.graphGain;
 }
 
 TEST_F(Chart, GridLinesAndPenFollowTheSettings) {
