@@ -45,6 +45,9 @@ public:
     // Closing: nothing more is received and no reconnection is tried.
     void disarm();
 
+    // Where the frame path's recording calls go; nullptr for nowhere.
+    void setRecorderTap(RecorderTap* tap) { m_recorder.target = tap; }
+
     MeterState& state() { return m_st; }
     const MeterState& state() const { return m_st; }
     SerialPort& port() { return m_port; }
@@ -77,7 +80,24 @@ private:
     QtSerialPort m_port;
     QtPump m_pump;
     MeterState m_st;
-    NoRecorder m_recorder;
+    // The recorder is built after the session (it needs the meter state), so
+    // the frame path talks to it through this.
+    struct ForwardingTap : RecorderTap {
+        RecorderTap* target = nullptr;
+        void countFrame() override {
+            if (target) target->countFrame();
+        }
+        void showElapsed() override {
+            if (target) target->showElapsed();
+        }
+        void resetElapsed() override {
+            if (target) target->resetElapsed();
+        }
+        void takeFrame(int letterCode, int bdTenths) override {
+            if (target) target->takeFrame(letterCode, bdTenths);
+        }
+    };
+    ForwardingTap m_recorder;
     LiveContext m_ctx;
     PortSearch m_search;
     ReconnectPolicy m_reconnect;
