@@ -10,7 +10,7 @@ class ReconnectPolicy {
 public:
     // Polled this often while waiting, so a returning port is probed well
     // within two seconds of its return.
-    static constexpr double kPollSeconds = 0.25;
+    static constexpr double kPollSeconds = 0.1;
     // A port that is there but does not answer is asked again this much later.
     static constexpr double kRetrySeconds = 1.0;
 
