@@ -1,0 +1,203 @@
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include "recording/qt_rec_dialog.h"
+#include "support/scripted_prompter.h"
+#include "support/temp_dir.h"
+
+namespace lv {
+namespace {
+
+namespace fs = std::filesystem;
+using Question = test::ScriptedPrompter::Question;
+
+class RecDialogTest : public ::testing::Test {
+protected:
+    RecDialogTest() {
+        cfg.SavePath = folder();
+        cfg.SavePrefix = "Prefix_";
+        cfg.RecordingMode = 2;
+        cfg.SuffixType = 1;
+        cfg.SuffixNum = 7;
+    }
+    std::string folder() const { return dir.path().string() + "/"; }
+    // The folder browser: answers from `browseTo` and notes where it started.
+    std::unique_ptr<RecDialog> open() {
+        return std::make_unique<RecDialog>(cfg, prompter, [this](const std::string& start) {
+            browseStarts.push_back(start);
+            return browseTo;
+        });
+    }
+    static QRadioButton* option(const RecDialog& d, const char* name, int index) {
+        for (QRadioButton* b : d.findChildren<QRadioButton*>(name))
+            if (b->property("Index").toInt() == index) return b;
+        return nullptr;
+    }
+    static void click(const RecDialog& d, const char* name) {
+        d.findChild<QAbstractButton*>(name)->click();
+    }
+    static void typePrefix(const RecDialog& d, const QString& text) {
+        d.findChild<QLineEdit*>("txtPrefix")->setText(text);
+    }
+    // The settings the dialog owns, compared in one go.
+    static auto owned(const Settings& s) {
+        return std::tuple(s.RecordingMode, s.SavePath, s.SavePrefix, s.SuffixType, s.SuffixNum,
+                          s.AudioEnable, s.TimeDateEnable, s.RecPromptEnable);
+    }
+    std::set<std::string> files() const {
+        std::set<std::string> names;
+        for (const auto& e : fs::directory_iterator(dir.path()))
+            names.insert(e.path().filename().string());
+        return names;
+    }
+    void touch(const std::string& name) const { std::ofstream(dir.file(name)) << 'x'; }
+
+    test::TempDir dir{"rec_dialog"};
+    Settings cfg;
+    test::ScriptedPrompter prompter;
+    std::optional<std::string> browseTo;
+    std::vector<std::string> browseStarts;
+};
+
+TEST_F(RecDialogTest, OptionsCarryTheirValuesAndDescriptions) {
+    const auto d = open();
+    EXPECT_EQ(d->objectName(), "frmRec");
+    EXPECT_EQ(d->windowTitle(), "Recording Settings");
+    // RecordingMode 2 and SuffixType 1 in force.
+    const std::tuple<const char*, int, QString, bool> options[] = {
+        {"optMode", 3, "Auto name and auto save", false},
+        {"optMode", 2, "Auto name and manually save", true},
+        {"optMode", 1, "Manual", false},
+        {"optMode", 4, "Capture only (kept in memory, never saved)", false},
+        {"optSuffix", 0, "Number", false},
+        {"optSuffix", 1, "Date-Time", true}};
+    for (const auto& [name, index, caption, checked] : options) {
+        const QRadioButton* b = option(*d, name, index);
+        ASSERT_NE(b, nullptr) << name << index;
+        EXPECT_EQ(b->text(), caption);
+        EXPECT_EQ(b->isChecked(), checked) << name << index;
+    }
+    EXPECT_EQ(d->findChild<QPushButton*>("cmdReset")->text(), "WARNING! Reset may delete files");
+    EXPECT_EQ(d->findChild<QLineEdit*>("txtPrefix")->text(), "Prefix_");
+}
+
+TEST_F(RecDialogTest, AutomaticModesWaitForASaveFolder) {
+    cfg.SavePath.clear();
+    cfg.RecordingMode = 3;
+    const auto d = open();
+    const auto enabledModes = [&] {
+        std::set<int> modes;
+        for (int mode = 1; mode <= 4; ++mode)
+            if (option(*d, "optMode", mode)->isEnabled()) modes.insert(mode);
+        return modes;
+    };
+    EXPECT_EQ(enabledModes(), std::set<int>({1, 4}));
+    EXPECT_TRUE(option(*d, "optMode", 1)->isChecked()) << "no folder: Manual stands in";
+
+    click(*d, "cmdBrowse");  // cancelled
+    EXPECT_EQ(enabledModes(), std::set<int>({1, 4}));
+    browseTo = dir.path().string();
+    click(*d, "cmdBrowse");
+    EXPECT_EQ(browseStarts, std::vector<std::string>({"", ""}));
+    EXPECT_EQ(enabledModes(), std::set<int>({1, 2, 3, 4}));
+
+    option(*d, "optMode", 3)->click();
+    click(*d, "cmdOK");
+    EXPECT_EQ(d->result(), QDialog::Accepted);
+    EXPECT_EQ(cfg.SavePath, folder());
+    EXPECT_EQ(cfg.RecordingMode, 3);
+    EXPECT_TRUE(prompter.asked.empty());
+}
+
+TEST_F(RecDialogTest, BadPrefixKeepsTheDialogOpenAndTheSettings) {
+    const std::pair<std::string, QString> cases[] = {
+        {"", "sub/x"}, {"", QString(300, 'a')}, {"gone/", "Good_"}};
+    for (const auto& [subfolder, prefix] : cases) {
+        cfg.SavePath = folder() + subfolder;
+        const Settings before = cfg;
+        const auto d = open();
+        d->show();
+        typePrefix(*d, prefix);
+        prompter.asked.clear();
+        prompter.answers = {Answer::Ok};
+        click(*d, "cmdOK");
+        EXPECT_EQ(prompter.asked,
+                  std::vector<Question>({{"Validate Filename", "Error: Invalid Prefix name ",
+                                          Buttons::Ok, Icon::Critical}}))
+            << prefix.left(10).toStdString();
+        EXPECT_TRUE(d->isVisible());
+        EXPECT_EQ(owned(cfg), owned(before));
+    }
+    // Put right, the same dialog takes it and leaves no probe file behind.
+    cfg.SavePath = folder();
+    const auto d = open();
+    d->show();
+    typePrefix(*d, "a/b");
+    prompter.answers = {Answer::Ok};
+    click(*d, "cmdOK");
+    typePrefix(*d, "Good_");
+    click(*d, "cmdOK");
+    EXPECT_FALSE(d->isVisible());
+    EXPECT_EQ(cfg.SavePrefix, "Good_");
+    EXPECT_TRUE(files().empty());
+}
+
+TEST_F(RecDialogTest, CancelChangesNothingAndOkWritesEveryChoice) {
+    fs::create_directory(dir.path() / "other");
+    for (const char* button : {"cmdCancel", "cmdOK"}) {
+        const Settings before = cfg;
+        const auto d = open();
+        browseTo = dir.file("other");
+        click(*d, "cmdBrowse");
+        option(*d, "optMode", 3)->click();
+        option(*d, "optSuffix", 0)->click();
+        typePrefix(*d, "Run_");
+        for (const char* box : {"chkAudio", "chkTimeDate", "chkRecPrompt"}) click(*d, box);
+
+        Settings want = before;
+        want.SavePath = dir.file("other") + "/";
+        want.RecordingMode = 3;
+        want.SuffixType = 0;
+        want.SavePrefix = "Run_";
+        want.AudioEnable = !before.AudioEnable;
+        want.TimeDateEnable = !before.TimeDateEnable;
+        want.RecPromptEnable = !before.RecPromptEnable;
+        EXPECT_EQ(owned(d->edited()), owned(want)) << "every control reached the working copy";
+
+        click(*d, button);
+        EXPECT_EQ(owned(cfg), owned(button == std::string("cmdOK") ? want : before)) << button;
+        EXPECT_TRUE(prompter.asked.empty());
+    }
+}
+
+TEST_F(RecDialogTest, ResetDeletesTheNumberedSeriesOfTheTypedPrefix) {
+    const std::set<std::string> all{"S001.lvd", "S999.wav", "S0001.lvd",
+                                    "S001.txt", "T001.lvd", "Prefix_001.lvd"};
+    const std::tuple<Answer, std::set<std::string>, std::int16_t> cases[] = {
+        {Answer::No, all, 7},
+        {Answer::Yes, {"S0001.lvd", "S001.txt", "T001.lvd", "Prefix_001.lvd"}, 1}};
+    for (const auto& [answer, left, suffixNum] : cases) {
+        for (const std::string& name : all) touch(name);
+        const auto d = open();
+        typePrefix(*d, "S");
+        prompter.asked.clear();
+        prompter.answers = {answer};
+        click(*d, "cmdReset");
+        EXPECT_EQ(prompter.asked,
+                  std::vector<Question>({{"Warning", "Warning..Reset may delete files!",
+                                          Buttons::YesNo, Icon::Exclamation}}));
+        EXPECT_EQ(files(), left);
+        EXPECT_EQ(d->edited().SuffixNum, suffixNum);
+        EXPECT_EQ(cfg.SuffixNum, 7) << "only OK writes the number back";
+    }
+}
+
+}  // namespace
+}  // namespace lv

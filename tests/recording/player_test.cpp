@@ -1,0 +1,302 @@
+#include "recording/player.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "recording/lvd_file.h"
+#include "support/fake_audio_track.h"
+#include "support/fake_pump.h"
+#include "support/recording_display.h"
+#include "support/recording_panel.h"
+#include "support/scripted_prompter.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using namespace lv;
+using Records = std::vector<lvdRecord>;
+
+// Frames of dial type 1, the default dial, 20 ms apart from 20 ms.
+Records steady(int n) {
+    Records out(n);
+    for (int i = 0; i < n; ++i)
+        out[i] = {.TimeMs = 20 * (i + 1), .StatusFlags = 0x20, .FrameType = 'P'};
+    return out;
+}
+
+struct PlayerTest : ::testing::Test {
+    test::TempDir dir{"player"};
+    std::string lvd = dir.file("rec.lvd");
+    test::FakeAudioTrack sound, placeholder;
+    AudioTracks tracks{sound, placeholder, dir.file("dummy.mp3")};
+    RecordingState rs;
+    MeterState st;
+    Settings cfg;
+    test::RecordingDisplay display;
+    test::RecordingPanel panel;
+    test::ScriptedPrompter prompter;
+    test::FakePump pump;
+    std::vector<std::int32_t> needles;
+    std::vector<std::string> sent;
+    int skipTimers = 0;
+    Player::ShowNeedle show = [this](std::int32_t n) { needles.push_back(n); };
+    Player::SendToMeter send = [this](const std::string& line) { sent.push_back(line); };
+    Player player{
+        rs, tracks, st, cfg, display, panel, prompter, pump, show, send, [this] { ++skipTimers; }};
+
+    bool load(const Records& records, const std::vector<std::string>& beside) {
+        if (!records.empty()) saveLvdRecords(lvd, records, std::nullopt);
+        for (const auto& name : beside)
+            if (!name.empty()) std::ofstream(dir.file(name)) << "x";
+        return player.Load_File(lvd);
+    }
+    // With an .mp3 beside the records, positions are milliseconds.
+    void play(const Records& records) {
+        ASSERT_TRUE(load(records, {"rec.mp3"}));
+        player.cmdPlay_Click();
+        sound.log.clear();
+    }
+    void stepAt(std::int64_t ms) {
+        sound.pos = ms;
+        player.step();
+    }
+    bool logged(const std::string& command) const {
+        return std::count(sound.log.begin(), sound.log.end(), command) > 0;
+    }
+    std::string led(Colour c) const { return "LED(" + std::to_string(c) + ")"; }
+};
+
+TEST_F(PlayerTest, EachFailedLoadSaysWhyAndLeavesNoTrack) {
+    const std::string noSound =
+        "The audio file is missing. The .lvd and .wav (or .mp3) files must reside in the same "
+        "folder.  Please check and try again or disable audio.";
+    const std::string noDummy =
+        "The Dummy.mp3 file is missing. This should be located in the application directory.";
+    const std::string oldFormat =
+        "This file is corrupt or needs to be converted to version 2 format.";
+    Records otherDial = steady(6), notFrames = steady(6);
+    otherDial[3].StatusFlags = 0x40;
+    notFrames[4].FrameType = 'X';
+    struct Case {
+        Records records;
+        const char* beside;
+        bool audio;
+        std::string title, text;
+        Icon icon;
+    };
+    const Case cases[] = {
+        {{}, "rec.wav", true, "File Not Found", lvd, Icon::Exclamation},
+        {steady(6), "", true, "File Not Found", noSound, Icon::None},
+        {steady(6), "rec.wav", false, "File Not Found", noDummy, Icon::None},
+        {notFrames, "rec.wav", true, "Incompatible file format", oldFormat, Icon::Exclamation},
+        {otherDial, "rec.wav", true, "Wrong Dial Type", "This file is incompatible.",
+         Icon::Exclamation},
+    };
+    for (const Case& c : cases) {
+        std::filesystem::remove_all(dir.path());
+        std::filesystem::create_directory(dir.path());
+        prompter.asked.clear();
+        prompter.answers = {Answer::Ok};
+        cfg.AudioEnable = c.audio;
+        EXPECT_FALSE(load(c.records, {c.beside})) << c.title;
+        using Q = test::ScriptedPrompter::Question;
+        EXPECT_EQ(prompter.asked, (std::vector<Q>{{c.title, c.text, Buttons::Ok, c.icon}}));
+        EXPECT_EQ(rs.track, nullptr) << c.text;
+        EXPECT_FALSE(sound.isOpen || placeholder.isOpen) << c.text;
+    }
+    EXPECT_EQ(panel.loadedCaption, "");  // the wrong dial type empties the caption
+}
+
+TEST_F(PlayerTest, WavePreferredThenMp3OrThePlaceholder) {
+    struct Case {
+        std::vector<std::string> files;
+        bool audio;
+        int rate, ch;
+        std::string kind, file;
+        int bytesPerSec;
+    };
+    const Case cases[] = {
+        {{"rec.wav", "rec.mp3"}, true, 22050, 1, "wave", "rec.wav", 44100},
+        {{"rec.wav"}, true, 8000, 2, "wave", "rec.wav", 32000},
+        {{"rec.mp3"}, true, 22050, 1, "compressed", "rec.mp3", 1000},
+        {{"rec.wav", "rec.mp3"}, true, 0, 1, "compressed", "rec.mp3", 1000},  // wave without a rate
+        {{"dummy.mp3", "rec.wav"}, false, 22050, 1, "compressed", "dummy.mp3", 1000},
+    };
+    for (const Case& c : cases) {
+        sound.samplesPerSec = c.rate, sound.channels = c.ch;
+        cfg.AudioEnable = c.audio;
+        ASSERT_TRUE(load(steady(6), c.files)) << c.file;
+        const auto& log = (c.audio ? sound : placeholder).log;
+        EXPECT_EQ(*std::find_if(log.rbegin(), log.rend(), [](auto& l) { return l[0] == 'o'; }),
+                  "open " + c.kind + " " + dir.file(c.file));
+        EXPECT_EQ(rs.AudioBytesPerSec, c.bytesPerSec) << c.file;
+        EXPECT_EQ(rs.track, c.audio ? &sound : &placeholder) << c.file;
+        for (const auto& name : c.files) std::filesystem::remove(dir.file(name));
+        sound.log.clear(), placeholder.log.clear();
+    }
+}
+
+TEST_F(PlayerTest, LoadShowsNameTimesSkipStepAndRange) {
+    const std::tuple<int, const char*, int> cases[] = {
+        {599999, "9:59", 10}, {600000, "10:00", 15}, {3600000, "1:00:00", 60}};
+    for (const auto& [lastMs, total, skip] : cases) {
+        Records records = steady(60);
+        records.back().TimeMs = lastMs;
+        ASSERT_TRUE(load(records, {"rec.wav"}));
+        EXPECT_EQ(panel.totalTime, total);
+        EXPECT_EQ(rs.SkipSeconds, skip);
+    }
+    EXPECT_EQ(panel.loadedCaption + "|" + panel.loadedTooltip, "rec.lvd|" + lvd);
+    EXPECT_EQ(panel.playTime + "|" + std::to_string(panel.loadProgress), "0:00|50");
+    EXPECT_EQ(std::pair(rs.playStart, rs.playEnd), std::pair(1, 60));
+}
+
+TEST_F(PlayerTest, PacingShowsTheLatestDueRecordAndFlashesTheLagLamp) {
+    Records records = steady(10);
+    for (int i = 0; i < 10; ++i) records[i].NeedlePos = std::int16_t(100 * (i + 1));
+    st.LagLimit = 2;
+    play(records);
+    // Audio time, records shown so far, the last needle, records passed over.
+    const std::tuple<std::int64_t, std::size_t, int, int> cases[] = {
+        {20, 1, 100, 0}, {29, 1, 100, 0}, {31, 2, 200, 0}, {80, 3, 400, 1}, {100, 4, 500, 1}};
+    for (const auto& [ms, shown, needle, skipped] : cases) {
+        stepAt(ms);
+        EXPECT_EQ(needles.size(), shown) << ms;
+        EXPECT_EQ(needles.back(), needle) << ms;
+        EXPECT_EQ(player.skippedRecords(), skipped) << ms;
+    }
+    EXPECT_EQ(display.only("LED("), std::vector{led(cfg.Dial_Color)});
+    stepAt(180);  // 120..180 at once: four, more than the limit of two
+    EXPECT_EQ(needles.back(), 900);
+    EXPECT_EQ(display.only("LED(").back(), led(cfg.LED_Lag_Color));
+    pump.wait(0.095);
+    stepAt(180);
+    EXPECT_EQ(display.only("LED(").back(), led(cfg.LED_Lag_Color));
+    pump.wait(0.01);
+    stepAt(180);
+    EXPECT_EQ(display.only("LED(").back(), led(cfg.Dial_Color));
+}
+
+TEST_F(PlayerTest, EndOfRangeStopsOrLoopsWithoutStop) {
+    st.PortNumber = 2;
+    for (const bool loop : {false, true}) {
+        if (loop) player.cmdLoop_Click();
+        EXPECT_EQ(panel.loopCaption, loop ? "Loop" : "");
+        play(steady(10));
+        stepAt(1000);  // all ten
+        stepAt(1000);
+        EXPECT_EQ(logged("stop"), !loop);
+        EXPECT_EQ(logged("seek 20") && logged("play"), loop);
+        EXPECT_EQ(player.playing(), loop);
+        EXPECT_EQ(st.RunMode, loop ? kRunPlayback : kRunLive);
+        player.cmdStop_Click();
+    }
+}
+
+TEST_F(PlayerTest, SkipsLandInsideTheRangeAndRestartTheSoundOnce) {
+    ASSERT_TRUE(load(steady(2000), {"rec.wav"}));  // 40 s: skips of 10 s, 500 records
+    const std::tuple<int, bool, int> cases[] = {
+        {100, true, 600}, {1800, true, 1950}, {600, false, 100}, {300, false, 1}};
+    for (const auto& [from, forward, to] : cases) {
+        rs.buffer.RecIndex = from;
+        forward ? player.cmdFwd_Click() : player.cmdRev_Click();
+        EXPECT_EQ(rs.buffer.RecIndex, to) << from;
+    }
+    EXPECT_FALSE(logged("pause"));
+    player.cmdPlay_Click();
+    player.cmdFwd_Click();
+    player.cmdFwd_Click();
+    EXPECT_TRUE(logged("pause"));
+    EXPECT_EQ(skipTimers, 6);
+    EXPECT_EQ(panel.playTime, "0:20");
+    player.tmrSkip_Timer();
+    EXPECT_EQ(sound.log.back(), "play from 882882");  // record 1001: 20020 ms in bytes
+}
+
+TEST_F(PlayerTest, PositionBarSetsThePlayEndIdleAndSeeksWhilePlaying) {
+    ASSERT_TRUE(load(steady(2000), {"rec.wav"}));
+    for (const auto& [fraction, end] :
+         {std::pair{0.9999, 1999}, {1.0, 2000}, {1.7, 2000}, {0.5, 1000}}) {
+        player.positionBarRelease(fraction);
+        EXPECT_EQ(rs.playEnd, end) << fraction;
+        EXPECT_DOUBLE_EQ(panel.endFraction, end / 2000.0) << fraction;
+    }
+    EXPECT_EQ(panel.playTime, "0:20");
+    player.positionBarPress(0.25);  // idle: no seek
+    EXPECT_EQ(rs.buffer.RecIndex, 1);
+    player.cmdPlay_Click();
+    player.positionBarPress(0.25);  // 10000 ms: record 500
+    EXPECT_EQ(rs.buffer.RecIndex, 500);
+    EXPECT_EQ(sound.log.back(), "play from 441000");
+    player.positionBarRelease(1.0);  // playing: the play end stays
+    EXPECT_EQ(rs.playEnd, 1000);
+}
+
+TEST_F(PlayerTest, Keys) {
+    ASSERT_TRUE(load(steady(2000), {"rec.mp3"}));
+    RecordPanelSink::Enabled on, off;
+    off.play = off.record = off.stop = off.fwd = off.load = false;
+    using K = PlayerKey;
+    using S = PlayState;
+    const std::tuple<char, bool, PlayerKey, PlayState> cases[] = {
+        {'S', true, K::StopRecording, S::Idle}, {'P', false, K::None, S::Idle},
+        {'p', true, K::Handled, S::Playing},    {'P', true, K::Handled, S::Paused},
+        {'P', true, K::Handled, S::Playing},    {'.', true, K::Handled, S::Playing},
+        {'.', false, K::None, S::Playing},      {'R', true, K::Record, S::Playing},
+        {'R', false, K::None, S::Playing},      {'T', true, K::Tag, S::Playing},
+        {'O', true, K::Load, S::Playing},       {'L', true, K::LoadFromList, S::Playing},
+        {'L', false, K::None, S::Playing},      {'X', true, K::None, S::Playing},
+        {'S', false, K::None, S::Playing},      {'s', true, K::Handled, S::Idle},
+    };
+    for (const auto& [key, enabled, action, after] : cases) {
+        EXPECT_EQ(player.keyPressed(key, enabled ? on : off), action) << key;
+        EXPECT_EQ(player.state(), after) << key;
+    }
+    EXPECT_EQ(rs.buffer.RecIndex, 501);  // the one forward skip
+    EXPECT_TRUE(logged("pause") && logged("play from 20"));
+}
+
+TEST_F(PlayerTest, RecordsReachTheDisplayOnlyWhenTheyChange) {
+    Records records = steady(5);
+    const int base[] = {20, 20, 21, 21}, bd[] = {15, 15, 1000, 1000}, sens[] = {30, 30, 31, 31},
+              flags[] = {0, 0, 2, 8};
+    for (int i = 0; i < 4; ++i) {
+        records[i].BaseCode = std::uint8_t(base[i]);
+        records[i].BdCount = std::int16_t(bd[i]);
+        records[i].Sensitivity = std::uint8_t(sens[i]);
+        records[i].StatusFlags |= std::uint8_t(flags[i]);
+        records[i].RawData = std::int16_t(-1 - i);
+    }
+    st.PortNumber = 1;
+    play(records);
+    display.clear();
+    const std::string off = led(cfg.Dial_Color), bm = led(cfg.LED_BM_Color);
+    const std::vector<std::string> expected[] = {
+        {"Base(0.9)", "Bd(1.5)", "Knob(30)", off}, {}, {"Bd(100)", "Knob(31)", bm}, {off}};
+    const bool freeze[] = {false, false, true, false};
+    for (int i = 0; i < 4; ++i) {
+        stepAt(20 * (i + 1));
+        EXPECT_EQ(display.take(), expected[i]) << "record " << i + 1;
+        EXPECT_EQ(st.RawNeedle, 65535 - i) << "record " << i + 1;
+        EXPECT_EQ(st.MotionFreeze, freeze[i]) << "record " << i + 1;
+    }
+    EXPECT_TRUE(st.BdCounting);
+    ASSERT_EQ(sent.size(), 4u);
+    EXPECT_EQ(sent.back(), "P80040000908\r");  // P, needle 0 at 800, BD 4000, Base 090, flags 8
+}
+
+TEST_F(PlayerTest, ClockShowsTheRecordingsTimeOnWholeMinutes) {
+    play(steady(200));
+    rs.buffer.StartTimeSecs = 23 * 3600 + 59 * 60 + 58;
+    rs.buffer.RecordingDate = std::chrono::year{2024} / 2 / 28;
+    for (const std::int64_t ms : {1000, 1990, 2000, 2500, 3000}) stepAt(ms);
+    EXPECT_EQ(display.only("Clock("), std::vector<std::string>{"Clock(0,0,0,2024-2-29)"});
+    EXPECT_EQ(panel.playTime, "0:03");
+}
+
+}  // namespace

@@ -1,0 +1,377 @@
+#include "recording/recorder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "recording/naming.h"
+#include "support/fake_audio_track.h"
+#include "support/fake_pump.h"
+#include "support/recording_display.h"
+#include "support/recording_panel.h"
+#include "support/scripted_prompter.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using namespace lv;
+using namespace lv::test;
+using namespace std::chrono;
+namespace fs = std::filesystem;
+using Q = ScriptedPrompter::Question;
+using Texts = std::vector<std::string>;
+
+// A recorder on fakes, saving into a fresh folder as Rec007. From "record"
+// on, the sound's position follows the fake clock at 44100 bytes a second
+// and the bytes reach the capture sink, unless a test moves it by hand.
+struct Rig {
+    TempDir dir{"lv_recorder"};
+    FakeAudioTrack sound, placeholder;
+    AudioTracks tracks{sound, placeholder, "/data/dummy.mp3"};
+    RecordingState state;
+    MeterState st;
+    Settings cfg;
+    RecordingDisplay display;
+    RecordingPanel panel;
+    FakePump pump;
+    ScriptedPrompter prompter;
+    Recorder rec{state, tracks,   st,
+                 cfg,   display,  panel,
+                 pump,  prompter, [] { return LocalDateTime{2024y / March / 5d, 14, 7, 9}; }};
+    bool clocked = true;
+    double recordAt = -1, stopAt = -1;
+    std::int64_t delivered = 0;
+
+    explicit Rig(int mode = 1, bool audio = true) {
+        st.PortNumber = 1;
+        st.RunMode = kRunLive;
+        cfg.RecordingMode = mode;
+        cfg.AudioEnable = audio;
+        cfg.SavePath = save();
+        cfg.SavePrefix = "Rec";
+        cfg.SuffixType = kSuffixNumber;
+        cfg.SuffixNum = 7;
+        sound.onCommand = [this](const std::string& c) {
+            if (c == "record") recordAt = pump.now();
+            if (c == "stop") stopAt = pump.now();
+            if (!clocked || recordAt < 0) return;
+            sound.pos = static_cast<std::int64_t>((pump.now() - recordAt) * 44100);
+            if (!sound.capture || sound.pos <= delivered) return;
+            sound.capture(std::string(static_cast<std::size_t>(sound.pos - delivered), 'a'));
+            delivered = sound.pos;
+        };
+    }
+    std::string save() const { return (dir.path() / "").string(); }
+    // Frames through the frame path, 20 ms apart when `wait`.
+    void frames(int n, bool wait = true) {
+        for (int i = 0; i < n; ++i) {
+            if (wait) pump.wait(0.02);
+            rec.countFrame();
+            rec.showElapsed();
+            rec.takeFrame('P', 0);
+            rec.recordFrame(1000, 'P');
+        }
+    }
+    void record(int n) {
+        ASSERT_TRUE(rec.cmdRecord_Click());
+        frames(n);
+        rec.cmdStop_Click();
+    }
+    std::vector<std::int32_t> times() const {
+        std::vector<std::int32_t> out;
+        for (const lvdRecord& r : state.buffer.valid()) out.push_back(r.TimeMs);
+        return out;
+    }
+    std::size_t logged(const std::string& command) const {
+        return static_cast<std::size_t>(std::count(sound.log.begin(), sound.log.end(), command));
+    }
+};
+
+std::string readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+TEST(Recorder, WithoutSoundFramesAre20msFrom20PastTheBuffersGrowthAndTagsCount) {
+    Rig r(1, false);
+    r.rec.tag();
+    ASSERT_TRUE(r.rec.cmdRecord_Click());
+    EXPECT_EQ(r.placeholder.log, (Texts{"close", "open compressed /data/dummy.mp3"}));
+    EXPECT_EQ(r.state.AudioBytesPerSec, 1000);
+    EXPECT_NEAR(r.pump.waited, 0.972, 1e-9);  // SDelay(1)
+    EXPECT_EQ(r.st.RunMode, kRunRecording);
+    EXPECT_EQ(r.panel.panelWord + " " + std::to_string(r.panel.playTimeColour), "RECORD 255");
+    EXPECT_EQ(r.display.only("Mode("), Texts{"Mode(Recording,0)"});
+    EXPECT_EQ(r.state.buffer.StartTimeSecs, 14 * 3600 + 7 * 60 + 9);
+    r.frames(3, false);
+    r.rec.countFrame();  // a line the frame path skipped still takes its 20 ms
+    r.rec.tag();
+    r.rec.tag();
+    r.frames(6500, false);
+    r.rec.cmdStop_Click();
+    r.rec.tag();
+    EXPECT_EQ(r.panel.tag, "2");
+    ASSERT_EQ(r.state.buffer.RecCount, 6503);
+    const std::pair<std::int32_t, std::int32_t> at[] = {
+        {1, 20}, {2, 40}, {3, 60}, {4, 100}, {3000, 60020}, {3001, 60040}, {6503, 130080}};
+    for (const auto& [i, ms] : at) EXPECT_EQ(r.state.buffer(i).TimeMs, ms) << i;
+    EXPECT_EQ(r.panel.totalTime, "2:10");
+}
+
+TEST(Recorder, FirstFrameOfASecondMovesByTheFramesOfThePrevious) {
+    const std::pair<int, std::int32_t> cases[] = {{49, 990}, {50, 1000}, {51, 1010}};
+    for (const auto& [inSecond, firstOfNext] : cases) {
+        Rig r;
+        ASSERT_TRUE(r.rec.cmdRecord_Click());
+        r.clocked = false;
+        r.sound.pos = 44100;
+        r.frames(inSecond, false);
+        r.sound.pos = 2 * 44100 + 100;
+        r.frames(2, false);
+        const auto t = r.times();
+        ASSERT_EQ(t.size(), static_cast<std::size_t>(inSecond) + 2);
+        // The very first frame would be 10 ms early: it is clamped to 0.
+        EXPECT_EQ(t[0], 0);
+        EXPECT_EQ(t[inSecond - 1], (inSecond - 1) * 20);
+        EXPECT_EQ(t[inSecond], firstOfNext) << inSecond;
+        EXPECT_EQ(t[inSecond + 1], 1020);
+        EXPECT_EQ(r.panel.playTime, "0:01");
+    }
+}
+
+TEST(Recorder, StopWaitsForTheNextWholeSecondThenCutsTheLeadIn) {
+    Rig r;
+    ASSERT_TRUE(r.rec.cmdRecord_Click());
+    EXPECT_GE(r.pump.now() - r.recordAt, 1.0);  // a second of sound before the first frame
+    r.frames(30);
+    const auto before = static_cast<long>(r.sound.log.size());
+    r.rec.cmdStop_Click();
+    EXPECT_GE(r.stopAt - r.recordAt, 2.0);
+    EXPECT_LT(r.stopAt - r.recordAt, 2.05);
+    const Texts tail(r.sound.log.begin() + before, r.sound.log.end());
+    ASSERT_GE(tail.size(), 4u);
+    EXPECT_EQ(Texts(tail.begin(), tail.end() - 3), Texts(tail.size() - 3, "status position"));
+    EXPECT_EQ(Texts(tail.end() - 3, tail.end()), (Texts{"stop", "seek 0", "delete 0 44100"}));
+    EXPECT_EQ(r.st.RunMode, kRunLive);
+    EXPECT_TRUE(r.state.RecNotSaved && r.state.RecHasData);
+    EXPECT_EQ(r.state.playEnd, r.state.buffer.RecIndex);
+    EXPECT_EQ(r.display.only("Mode(").back(), "Mode(Input OK,0)");
+
+    Rig demo(1, false);
+    demo.st.PortNumber = 0;
+    demo.st.RunMode = kRunNoMeter;
+    demo.record(1);
+    EXPECT_EQ(demo.st.RunMode, kRunNoMeter);
+}
+
+TEST(Recorder, EachModeLabelsWritesAndSavesAsItSays) {
+    const std::string stamp = "Rec24-03-05__14.07.09";
+    const struct {
+        int mode, suffixType;
+        std::string name, startCaption, startTip, stopTip, saveCaption;
+        std::int16_t suffixAfter;  // counted up by a save under the numbered automatic name
+    } cases[] = {
+        {1, kSuffixNumber, "Rec007", "Buffer", "Buffer", "Buffer", "Save As", 7},
+        {2, kSuffixNumber, "Rec007", "Buffer", "Buffer", "<save>Rec007", "Save", 8},
+        {3, kSuffixNumber, "Rec007", "Rec007", "", "<save>Rec007", "", 8},
+        {3, kSuffixDateTime, stamp, stamp, "", "<save>" + stamp, "", 7},
+        {4, kSuffixNumber, "Rec007", "", "", "", "", 7},
+    };
+    for (const auto& c : cases) {
+        Rig r(c.mode);
+        r.cfg.SuffixType = c.suffixType;
+        ASSERT_TRUE(r.rec.cmdRecord_Click());
+        EXPECT_EQ(r.state.SaveName, c.name);
+        EXPECT_EQ(Texts({r.panel.loadedCaption, r.panel.loadedTooltip, r.panel.modeTooltip}),
+                  Texts({c.startCaption, c.startTip, c.mode == 1 ? "Buffer" : ""}))
+            << c.mode;
+        r.frames(3);
+        r.rec.cmdStop_Click();
+        const std::string tip =
+            c.stopTip.rfind("<save>", 0) == 0 ? r.save() + c.stopTip.substr(6) : c.stopTip;
+        EXPECT_EQ(r.panel.loadedTooltip, tip) << c.mode;
+        EXPECT_EQ(r.panel.saveCaption, c.saveCaption) << c.mode;
+        EXPECT_EQ(r.state.RecNotSaved, c.mode != 3);
+        // Save without a chosen name: only where the caption says "Save".
+        EXPECT_EQ(r.rec.cmdSave_Click(std::nullopt), c.mode == 2) << c.mode;
+        EXPECT_EQ(r.cfg.SuffixNum, c.suffixAfter) << c.mode;
+        const bool written = c.mode == 2 || c.mode == 3;
+        EXPECT_EQ(r.state.RecNotSaved, !written);
+        EXPECT_EQ(r.logged("save " + r.save() + c.name + ".wav"), written ? 1u : 0u) << c.mode;
+        if (!written) {
+            EXPECT_TRUE(fs::is_empty(r.dir.path())) << c.mode;
+            continue;
+        }
+        const std::string lvd = readFile(r.dir.path() / (c.name + ".lvd"));
+        ASSERT_EQ(lvd.size(), 60u);
+        EXPECT_EQ(std::string() + lvd[18] + lvd[38], "CD");  // the start stamp
+        EXPECT_EQ(r.panel.loadedCaption, c.name);
+    }
+}
+
+TEST(Recorder, StartNeedsTheAutomaticModesFolderAndLeaveToDropAnUnsavedRecording) {
+    const Q unsaved{"Warning", "Previous recording not saved, Continue?", Buttons::YesNo,
+                    Icon::None};
+    const struct {
+        int mode;
+        bool folderGone, notSaved, prompt;
+        Answer answer;
+        std::vector<std::string> asked;  // titles
+        bool started;
+    } cases[] = {
+        {1, false, true, true, Answer::No, {"Warning"}, false},
+        {1, false, true, true, Answer::Yes, {"Warning"}, true},
+        {1, false, true, false, Answer::No, {}, true},
+        {1, false, false, true, Answer::No, {}, true},
+        {2, true, false, true, Answer::Ok, {"Record"}, false},
+        {3, true, true, true, Answer::Ok, {"Record"}, false},  // nothing to keep it for
+        {4, true, false, true, Answer::Ok, {}, true},
+        {1, true, false, true, Answer::Ok, {}, true},
+    };
+    for (const auto& c : cases) {
+        Rig r(c.mode, false);
+        if (c.folderGone) r.cfg.SavePath = r.save() + "gone/";
+        r.state.RecNotSaved = c.notSaved;
+        r.cfg.RecPromptEnable = c.prompt;
+        r.prompter.answers = {c.answer};
+        EXPECT_EQ(r.rec.cmdRecord_Click(), c.started) << c.mode;
+        Texts titles;
+        for (const Q& q : r.prompter.asked) titles.push_back(q.title);
+        EXPECT_EQ(titles, c.asked) << c.mode;
+        if (titles == Texts{"Warning"}) {
+            EXPECT_EQ(r.prompter.asked[0], unsaved);
+        }
+        if (titles == Texts{"Record"}) {
+            EXPECT_EQ(r.prompter.asked[0].icon, Icon::Critical);
+            EXPECT_NE(r.prompter.asked[0].text.find(r.cfg.SavePath), std::string::npos);
+        }
+        EXPECT_EQ(r.st.RunMode, c.started ? kRunRecording : kRunLive);
+        EXPECT_EQ(r.placeholder.log.empty() && r.sound.log.empty(), !c.started);
+    }
+}
+
+TEST(Recorder, SoundThatNeverComesFallsBackToTheFrameClockAndSaysSoOnce) {
+    for (const bool noDevice : {true, false}) {
+        Rig r;
+        if (noDevice)
+            r.sound.fail["open new"] = kAudioNoDevice;
+        else
+            r.clocked = false;  // recording, but the position never moves
+        r.prompter.answers = {Answer::Ok};
+        const double start = r.pump.now();
+        ASSERT_TRUE(r.rec.cmdRecord_Click());
+        EXPECT_LT(r.pump.now() - start, 4.0) << noDevice;
+        ASSERT_EQ(r.prompter.asked.size(), 1u);
+        EXPECT_EQ(r.prompter.asked[0].icon, Icon::Exclamation);
+        EXPECT_EQ(r.display.only("Mode(").back(), "Mode(Audio OFF,255)");
+        EXPECT_EQ(r.state.track, &r.placeholder);
+        EXPECT_EQ(r.state.AudioBytesPerSec, 1000);
+        r.frames(2);
+        EXPECT_EQ(r.times(), (std::vector<std::int32_t>{20, 40}));
+        r.rec.cmdStop_Click();
+        r.cfg.RecPromptEnable = false;
+        r.record(1);  // the same again, without a second message
+        EXPECT_EQ(r.prompter.asked.size(), 1u);
+    }
+}
+
+TEST(Recorder, SoundLostMidRecordingIsToldOnceAndTheFramesKeepTheTime) {
+    // The device reports its loss, or its position stands still for three seconds.
+    for (const bool reported : {true, false}) {
+        Rig r;
+        ASSERT_TRUE(r.rec.cmdRecord_Click());
+        r.clocked = false;
+        r.sound.pos = 44100;
+        r.frames(10, false);
+        if (reported) r.sound.fail["status position"] = kAudioDeviceLost;
+        r.frames(reported ? 3 : 150, false);
+        const auto t = r.times();
+        EXPECT_EQ(t.back() - t[t.size() - 3], 40) << reported;
+        EXPECT_EQ(t.back(), reported ? 240 : 3180);
+        EXPECT_EQ(r.display.only("Mode(Audio OFF"), Texts{"Mode(Audio OFF,255)"});
+        EXPECT_EQ(r.state.track, &r.placeholder);
+        EXPECT_TRUE(r.prompter.asked.empty());  // not from inside the frame path
+        r.prompter.answers = {Answer::Ok};
+        r.rec.tick();
+        r.rec.tick();
+        EXPECT_EQ(r.prompter.asked.size(), 1u);
+        r.rec.cmdStop_Click();
+        EXPECT_EQ(r.logged("delete 0 44100"), 0u);
+    }
+}
+
+TEST(Recorder, AFailedSaveIsShownAndKeepsTheRecordingThenSaveAsElsewhere) {
+    Rig r(3);
+    r.rec.setRecoveryFolder(r.dir.path());
+    fs::create_directory(r.dir.path() / "Rec007.lvd");  // the .lvd cannot be written
+    r.prompter.answers = {Answer::Ok};
+    r.record(5);
+    ASSERT_EQ(r.prompter.asked.size(), 1u);
+    EXPECT_EQ(r.prompter.asked[0].title, "File Not Saved");
+    EXPECT_EQ(r.prompter.asked[0].icon, Icon::Critical);
+    EXPECT_TRUE(r.state.RecNotSaved);
+    EXPECT_EQ(r.cfg.SuffixNum, 7);
+    EXPECT_EQ(r.rec.saveCaption(), "Save As");
+    ASSERT_TRUE(RecoveryJournal::find(r.dir.path()));
+
+    EXPECT_TRUE(r.rec.cmdSave_Click(r.save() + "Elsewhere.LVD"));
+    EXPECT_FALSE(r.state.RecNotSaved);
+    EXPECT_EQ(r.panel.loadedCaption + "|" + r.panel.loadedTooltip,
+              "Elsewhere|" + r.save() + "Elsewhere");
+    EXPECT_EQ(readFile(r.dir.path() / "Elsewhere.lvd").size(), 100u);
+    EXPECT_FALSE(RecoveryJournal::find(r.dir.path()));
+
+    // The loaded-file label's Save As: the records as they stand, no stamp.
+    EXPECT_TRUE(r.rec.saveAsFromLabel(r.save() + "copy.lvd"));
+    std::string asTheyStand(100, '\0');
+    for (std::size_t i = 0; i < 5; ++i)
+        encodeRecord(r.state.buffer.valid()[i],
+                     reinterpret_cast<std::uint8_t*>(&asTheyStand[i * 20]));
+    EXPECT_EQ(readFile(r.dir.path() / "copy.lvd"), asTheyStand);
+}
+
+TEST(Recorder, JournalSurvivesAnExitWithoutSavingAndComesBackAtTheNextStart) {
+    Rig r;
+    r.rec.setRecoveryFolder(r.dir.path());
+    ASSERT_TRUE(r.rec.cmdRecord_Click());
+    r.frames(60);
+    r.rec.tick();
+    auto found = RecoveryJournal::find(r.dir.path());
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->recordCount, 60);
+    EXPECT_EQ(found->header.SaveName, "Rec007");
+
+    r.rec.stopForExit();
+    EXPECT_EQ(r.st.RunMode, kRunLive);
+    EXPECT_TRUE(r.state.RecNotSaved);
+    found = RecoveryJournal::find(r.dir.path());
+    ASSERT_TRUE(found && found->pcmFile);
+    // All the sound, the lead-in's too, which came before the journal opened.
+    EXPECT_EQ(fs::file_size(*found->pcmFile), static_cast<std::uintmax_t>(r.delivered));
+    EXPECT_GT(r.delivered, 44100 + 60 * 882);
+
+    Rig next(2);
+    next.rec.setRecoveryFolder(r.dir.path());
+    ASSERT_TRUE(next.rec.recoverFromJournal());
+    EXPECT_EQ(next.times(), r.times());
+    EXPECT_TRUE(next.state.RecNotSaved && next.state.RecHasData);
+    EXPECT_EQ(next.sound.log, (Texts{"close", "open wave " + r.save() + "recovery.wav"}));
+    EXPECT_EQ(next.rec.saveCaption(), "Save");
+
+    next.rec.Flush_RecBuffer();
+    EXPECT_EQ(next.panel.loadedCaption + "|" + next.panel.loadedTooltip,
+              "No File Loaded|No File Loaded");
+    EXPECT_FALSE(next.state.RecNotSaved || next.state.RecHasData);
+    EXPECT_EQ(next.state.buffer.RecCount, 0);
+    EXPECT_EQ(next.panel.playTime, "0:00");
+    EXPECT_EQ(next.sound.log.back(), "close");
+    EXPECT_TRUE(fs::is_empty(r.dir.path()));
+}
+
+}  // namespace
