@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "display/dial_face.h"
 #include "display/needle_drawing.h"
 #include "signal/sens_table.h"
 
@@ -200,6 +201,19 @@ void PanelReadouts::clockLine(const ReadoutBox& box, qreal top, qreal slot,
                      style(size));
         x += m.horizontalAdvance(QString::fromStdString(p.text));
     }
+}
+
+void PanelReadouts::Update_PanelWord(const std::string& word) {
+    m_word = word;
+    wipe(kWordBox);
+    if (word.empty()) return;
+    const qreal unit = m_panel.toPixels(1, 0).x() - m_panel.toPixels(0, 0).x();
+    const qreal wide = kWordBox.width * unit;
+    // A fourteenth of the panel's width, as the words were always printed.
+    const qreal size = fitting(word, 0.07 * kPanelScale.width * unit, wide);
+    const qreal textWide = metricsAt(size).horizontalAdvance(QString::fromStdString(word));
+    const float x = kWordBox.x + static_cast<float>((wide - textWide) / 2 / unit);
+    m_panel.text(x, kWordBox.y, word, style(size));
 }
 
 void PanelReadouts::showPlayTime(const std::string&) {

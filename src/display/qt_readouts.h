@@ -24,6 +24,8 @@ inline constexpr ReadoutBox kBaseBox{-990.0f, 280.0f, 420.0f, -325.0f};
 inline constexpr ReadoutBox kBdBox{570.0f, 280.0f, 420.0f, -325.0f};
 inline constexpr ReadoutBox kLeftTopBox{-990.0f, 1190.0f, 350.0f, -230.0f};
 inline constexpr ReadoutBox kRightTopBox{640.0f, 1190.0f, 350.0f, -230.0f};
+// "RECORD", "PLAY" or "PAUSE": low in the middle, under the scale and the hub.
+inline constexpr ReadoutBox kWordBox{-340.0f, 95.0f, 680.0f, -140.0f};
 
 // The window's display routines. Base, BD, knob, clock and lamp are painted on
 // the dial area; the status text goes to whoever shows it (the status bar).
@@ -46,6 +48,10 @@ public:
 
     // A rebuilt face has no lamp on it: puts the last one back, if any.
     void redrawLamp();
+    // The recorder's and the player's word on the panel; "" takes it away.
+    void Update_PanelWord(const std::string& word);
+    // A rebuilt face: puts the word back, if any.
+    void redrawPanelWord() { Update_PanelWord(m_word); }
 
     ReadoutBox knobBox() const { return cfg().ClockLeft ? kRightTopBox : kLeftTopBox; }
     ReadoutBox clockBox() const { return cfg().ClockLeft ? kLeftTopBox : kRightTopBox; }
@@ -78,6 +84,7 @@ private:
     Settings m_defaults;
     StatusShower m_status;
     std::optional<Colour> m_lamp;
+    std::string m_word;
 };
 
 }  // namespace lv
