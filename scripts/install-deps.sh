@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages a task needs, skipping what is there.
-#   scripts/install-deps.sh build   compiler, CMake, Qt, test and benchmark libraries
+#   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, test and benchmark
+#                                   libraries, and the sound server the audio tests run on
 #   scripts/install-deps.sh ci      the above, plus clang's libFuzzer runtime
 set -euo pipefail
 
 build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
-            qt6-base-dev qt6-serialport-dev
-            libgtest-dev libgmock-dev libbenchmark-dev)
+            qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev
+            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio)
 ci_pkgs=(clang libclang-rt-14-dev)
 
 want=("${build_pkgs[@]}")
