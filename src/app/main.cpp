@@ -98,6 +98,7 @@ int main(int argc, char* argv[]) {
     lv::StartOptions options;
     options.dataFolder = data.folder;
     options.versionText = LV_VERSION;
+    options.exeDir = exeDir;
     options.candidates = [given, envPorts] {
         return lv::portCandidates(given, envPorts, systemPorts());
     };

@@ -51,6 +51,7 @@ public:
     MeterState& state() { return m_st; }
     const MeterState& state() const { return m_st; }
     SerialPort& port() { return m_port; }
+    Pump& pump() { return m_pump; }
     const PortSearch& search() const { return m_search; }
     // True while the port search or a probe is talking to the meter.
     bool busy() const { return m_busy; }

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "app/data_folder.h"
 #include "app/exit_sequence.h"
 #include "app/program_files.h"
 #include "app/qt_splash.h"
@@ -54,6 +55,7 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
       m_prompter(this),
       m_panel(new PanelWidget),
       m_chart(new PanelWidget),
+      m_recordPanel(new RecordPanel),
       m_status(new QLabel),
       m_readouts(m_panel->surface(),
                  [this](const std::string& text, Colour colour) {
@@ -63,7 +65,10 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
                      m_status->setText(QString::fromStdString(text));
                  }),
       m_session(m_store, m_readouts, m_prompter, m_options.versionText, m_options.candidates),
-      m_watchdog(m_session.state(), m_session.port(), m_readouts, {}),
+      m_watchdog(m_session.state(), m_session.port(), m_readouts,
+                 [this] {
+                     if (m_recording) m_recording->pressStop();
+                 }),
       m_ctx{m_panel->surface(), m_store.values, m_session.state(),
             m_readouts,         m_panelState,   [] { return ClockInputs{clockNow()}; }} {
     setObjectName("frmMain");
@@ -82,6 +87,7 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
     layout->setSpacing(0);
     layout->addWidget(m_panel, 5);
     layout->addWidget(m_chart, 3);
+    layout->addWidget(m_recordPanel, 0);
     setCentralWidget(central);
     statusBar()->addWidget(m_status, 1);
     m_panel->setAspect(kDialAspect);
@@ -89,7 +95,15 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
     m_panel->setRebuild([this] { rebuildPanel(); });
     m_chart->setRebuild([this] { rebuildChart(); });
 
-    connect(&m_session, &LiveSession::newSample, this, &MainWindow::showSample);
+    connect(&m_session, &LiveSession::newSample, this, [this](std::int32_t needle) {
+        showSample(needle);
+        // Recording takes the needle just drawn.
+        if (m_recording) m_recording->liveNeedle(needle);
+    });
+    connect(m_recordPanel, &RecordPanel::panelWordChanged, this, [this](const QString& word) {
+        m_readouts.Update_PanelWord(word.toStdString());
+        m_panel->update();
+    });
     connect(&m_session, &LiveSession::portsChanged, this, &MainWindow::refreshPortMenu);
     m_repaint.setInterval(kRepaintMs);
     m_repaint.setTimerType(Qt::PreciseTimer);
@@ -113,6 +127,7 @@ void MainWindow::Form_Load() {
 
     loadProgramFiles(m_options.dataFolder, m_store, m_sessionConfig);
     placeWindow();
+    startRecording();
 
     SearchHooks hooks;
     hooks.splashText = [this](const std::string& text) { splashText(text); };
@@ -136,10 +151,26 @@ void MainWindow::Form_Load() {
     relayout();
     QCoreApplication::processEvents();
     m_session.armLink();
+    m_recording->offerRecovery();
 
     m_started = true;
     m_repaint.start();
     m_clock.start();
+}
+
+void MainWindow::startRecording() {
+    RecordingController::Wiring w{
+        this, m_store, m_session.state(), m_readouts, m_session.pump(), m_prompter, {}, {}, {}};
+    const auto dummy = findResource("dummy.mp3", m_options.exeDir);
+    // Where it should be, for the message that says it is missing.
+    w.dummyPath = dummy ? dummy->string() : (m_options.exeDir / "dummy.mp3").string();
+    w.showNeedle = [this](std::int32_t needle) { showSample(needle); };
+    w.sendToMeter = [this](const std::string& line) {
+        m_session.port().write(line);
+        return true;
+    };
+    m_recording = std::make_unique<RecordingController>(*m_recordPanel, std::move(w), this);
+    m_session.setRecorderTap(&m_recording->recorder());
 }
 
 void MainWindow::placeWindow() {
@@ -175,15 +206,20 @@ void MainWindow::relayout() {
     // out again at once.
     const bool wasVisible = !m_chart->isHidden();
     const int oldChart = wasVisible ? m_chart->height() : 0;
+    const int oldRecord = m_recordPanel->isHidden() ? 0 : m_recordPanel->height();
     const int dialHeight = std::min(m_panel->height(), qRound(m_panel->width() / kDialAspect));
     // The margins beside a dial held at its shape go too.
     const int slack = m_panel->height() - dialHeight;
     layout->setStretch(1, fifths);
     m_chart->setVisible(cfg.GraphVisible);
-    // The dial keeps its size: the window grows or shrinks by the chart.
+    m_recordPanel->setVisible(cfg.RecordVisible);
+    m_recordPanel->setTagVisible(cfg.SwitchMode_Index == 2);
+    // The dial keeps its size: the window grows or shrinks by the chart and
+    // the recording panel.
     if (m_started && !isMaximized() && !isFullScreen()) {
         const int newChart = cfg.GraphVisible ? dialHeight * fifths / 5 : 0;
-        resize(width(), height() - oldChart + newChart - slack);
+        const int newRecord = cfg.RecordVisible ? m_recordPanel->sizeHint().height() : 0;
+        resize(width(), height() - oldChart - oldRecord + newChart + newRecord - slack);
     }
     rebuildPanel();
     if (cfg.GraphVisible) rebuildChart();
@@ -233,6 +269,7 @@ void MainWindow::rebuildPanel() {
     m_panelState.redraw = true;
     Update_Needle(m_ctx, m_session.needle());
     m_readouts.redrawLamp();
+    m_readouts.redrawPanelWord();
 }
 
 void MainWindow::rebuildChart() {
@@ -266,6 +303,11 @@ void MainWindow::tickClock() {
     m_panel->update();
 }
 
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+    if (m_started && m_recording && m_recording->keyPressed(event)) return;
+    QMainWindow::keyPressEvent(event);
+}
+
 void MainWindow::closeUnattended() {
     m_unattended = true;
     m_prompter.setUnattended(true);
@@ -279,7 +321,13 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     }
     ExitRequest request;
     request.unattended = m_unattended;
+    request.recordingInProgress = m_recording && m_recording->recordingInProgress();
+    request.recordingNotSaved = m_recording && m_recording->recordingNotSaved();
     ExitHooks hooks;
+    if (m_recording) {
+        hooks.keepRecordingForRecovery = [this] { m_recording->keepForRecovery(); };
+        hooks.closeAudio = [this] { m_recording->closeAudio(); };
+    }
     hooks.writeSessionConfig = [this]() -> std::optional<SessionConfigError> {
         const QRect g = normalGeometry().isValid() ? normalGeometry() : geometry();
         const MeterState& st = m_session.state();
@@ -296,6 +344,15 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     m_closed = true;
+    const bool atRisk = request.recordingInProgress || request.recordingNotSaved;
+    if (m_recording && atRisk && !m_unattended) {
+        // Asked and answered: the operator let it go. Without the question
+        // (warnings switched off) the journal stays, for the next start.
+        if (m_store.values.RecPromptEnable)
+            m_recording->discardRecording();
+        else
+            m_recording->keepForRecovery();
+    }
     m_session.disarm();
     m_repaint.stop();
     m_clock.stop();

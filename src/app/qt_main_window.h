@@ -9,6 +9,7 @@
 #include "app/clock_watchdog.h"
 #include "app/qt_live_session.h"
 #include "app/qt_main_menus.h"
+#include "app/qt_recording_controller.h"
 #include "common/qt_prompter.h"
 #include "display/chart.h"
 #include "display/dial_face.h"
@@ -26,6 +27,7 @@ struct StartOptions {
     std::filesystem::path dataFolder;
     std::string versionText;  // major.minor.revision
     LiveSession::CandidateList candidates;
+    std::filesystem::path exeDir;  // where read-only files (dummy.mp3) are looked for first
 };
 
 // frmMain: the dial area with needle, lamp and readouts, the chart under it,
@@ -50,6 +52,8 @@ public:
     QtPrompter& prompter() { return m_prompter; }
     PanelWidget* panel() const { return m_panel; }
     PanelWidget* chart() const { return m_chart; }
+    RecordPanel* recordPanel() const { return m_recordPanel; }
+    RecordingController& recording() { return *m_recording; }
     QString statusText() const { return m_status->text(); }
     // Repaints that carried at least one new reading.
     long framesDrawn() const { return m_frames; }
@@ -62,6 +66,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     MenuHooks menuHooks();
@@ -75,6 +80,7 @@ private:
     void saveSettingsFileAs();
     void meterSetup();
     void placeWindow();
+    void startRecording();
     void splashText(const std::string& text);
 
     StartOptions m_options;
@@ -83,11 +89,13 @@ private:
     QtPrompter m_prompter;
     PanelWidget* m_panel;
     PanelWidget* m_chart;
+    RecordPanel* m_recordPanel;
     QLabel* m_status;
     PanelReadouts m_readouts;
     LiveSession m_session;
     std::unique_ptr<MainMenus> m_menus;
     std::unique_ptr<SplashForm> m_splash;
+    std::unique_ptr<RecordingController> m_recording;
     ClockWatchdog m_watchdog;
     PanelState m_panelState;
     PanelContext m_ctx;

@@ -341,9 +341,11 @@ void Recorder::resetElapsed() {
     m_clock.lastSeconds = 0;
 }
 
-void Recorder::takeFrame(int, int) {
+void Recorder::takeFrame(int letterCode, int) {
     // The record waits for the needle, which the frame path computes next.
-    if (m_phase == Phase::Recording) m_clock.frameDue = true;
+    if (m_phase != Phase::Recording) return;
+    m_clock.frameDue = true;
+    m_clock.letter = static_cast<char>(letterCode);
 }
 
 void Recorder::recordFrame(std::int32_t needleValue, char letter) {

@@ -88,6 +88,8 @@ public:
     void takeFrame(int letterCode, int bdTenths) override;
     // Appends the record of the frame taken last; once per frame.
     void recordFrame(std::int32_t needleValue, char letter);
+    // The same with the letter takeFrame was given.
+    void recordFrame(std::int32_t needleValue) { recordFrame(needleValue, m_clock.letter); }
 
     bool recording() const { return m_phase != Phase::Idle; }
     bool withSound() const { return m_withSound; }
@@ -135,6 +137,7 @@ private:
         std::int32_t eventLines = 0;   // frames counted since the last showElapsed
         std::int32_t baseMs = 0;       // the frames' time origin: 0, or where the sound was lost
         bool frameDue = false;         // takeFrame seen, its record not yet made
+        char letter = 'O';             // that frame's type letter
     } m_clock;
     std::int64_t m_shownSeconds = -1;  // what the play-time label shows
     std::string m_saveCaption = "Save As";

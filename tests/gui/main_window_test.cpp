@@ -20,7 +20,7 @@ class MainWindowTest : public ::testing::Test {
 protected:
     static StartOptions options(const test::TempDir& dir) {
         std::ofstream(dir.file("lv_Analog.ini")) << "[Format]\nGraphVisible=True\n";
-        return {dir.path(), "1.0.0", [] { return std::vector<std::string>{}; }};
+        return {dir.path(), "1.0.0", [] { return std::vector<std::string>{}; }, {}};
     }
     MainWindowTest() : w(options(m_dir)) {
         w.prompter().setUnattended(true);

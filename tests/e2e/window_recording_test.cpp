@@ -1,0 +1,73 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QFileInfo>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include "app/qt_main_window.h"
+#include "recording/lvd_file.h"
+#include "virtual_meter.h"
+
+namespace lv {
+namespace {
+
+bool waitUntil(const std::function<bool()>& done, int ms) {
+    QElapsedTimer t;
+    t.start();
+    while (!done()) {
+        if (t.elapsed() > ms) return false;
+        QTest::qWait(5);
+    }
+    return true;
+}
+
+// The whole window against the virtual meter: record with the placeholder
+// time base in "Auto Save", then load the file back and play it to the end.
+TEST(WindowRecording, RecordsSavesLoadsAndPlaysBack) {
+    test::VirtualMeter meter;
+    ASSERT_TRUE(meter.ready);
+    QTemporaryDir data;
+    const std::filesystem::path folder = data.path().toStdString();
+    const std::string saveTo = (folder / "rec").string() + "/";
+    std::filesystem::create_directory(saveTo);
+    std::ofstream(folder / "lv_Analog.ini")
+        << "[Recording]\nAudioEnable=False\nRecordingMode=3\nSuffixType=0\nSuffixNum=7\n"
+        << "SavePrefix=Run\nSavePath=" << saveTo << "\n";
+    const std::string link = meter.link.toStdString();
+    MainWindow w({folder, "1.0.0", [link] { return std::vector<std::string>{link}; },
+                  QCoreApplication::applicationDirPath().toStdString()});
+    w.prompter().setUnattended(true);  // any question fails safe, and the test goes on
+    w.Form_Load();
+    w.show();
+    MeterState& st = w.session().state();
+    ASSERT_EQ(st.RunMode, kRunLive);
+    ASSERT_TRUE(waitUntil([&] { return w.session().samples() > 10; }, 3000));
+
+    w.recordPanel()->findChild<QAbstractButton*>("cmdRecord")->click();
+    EXPECT_EQ(st.RunMode, kRunRecording);
+    QTest::qWait(1500);
+    w.recordPanel()->findChild<QAbstractButton*>("cmdStop")->click();
+    EXPECT_EQ(st.RunMode, kRunLive);
+
+    const std::string lvd = saveTo + "Run007.lvd";
+    ASSERT_TRUE(std::filesystem::exists(lvd)) << "Auto Save wrote the numbered file";
+    EXPECT_EQ(w.settings().SuffixNum, 8);
+    const std::int32_t frames = w.recording().state().buffer.RecCount;
+    EXPECT_NEAR(frames, 75, 15) << "1.5 s at 50 frames a second";
+    EXPECT_EQ(std::filesystem::file_size(lvd), 20u * static_cast<std::uintmax_t>(frames));
+
+    ASSERT_TRUE(w.recording().player().Load_File(lvd));
+    EXPECT_EQ(w.recording().state().buffer.RecCount, frames);
+    long before = w.framesDrawn();
+    w.recordPanel()->findChild<QAbstractButton*>("cmdPlay")->click();
+    EXPECT_EQ(st.RunMode, kRunPlayback);
+    EXPECT_TRUE(waitUntil([&] { return st.RunMode != kRunPlayback; }, 5000)) << "plays to the end";
+    EXPECT_GT(w.framesDrawn(), before + 20) << "the records moved the needle";
+    EXPECT_EQ(st.RunMode, kRunLive);
+    w.closeUnattended();
+}
+
+}  // namespace
+}  // namespace lv
