@@ -81,7 +81,6 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
     m_menus = std::make_unique<MainMenus>(menuBar(), m_store, m_session.state(), menuHooks(), this);
 
     auto* central = new QWidget;
-    central->setAutoFillBackground(true);
     auto* layout = new QVBoxLayout(central);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -196,9 +195,9 @@ void MainWindow::placeWindow() {
 
 void MainWindow::relayout() {
     const Settings& cfg = m_store.values;
-    QPalette pal = centralWidget()->palette();
-    pal.setColor(QPalette::Window, toQColor(cfg.Background_Color));
-    centralWidget()->setPalette(pal);
+    // The window's background shows beside the dial; the recording panel
+    // keeps the desktop's colours, so its texts stay legible whatever is chosen.
+    m_panel->setMarginColour(cfg.Background_Color);
 
     auto* layout = static_cast<QVBoxLayout*>(centralWidget()->layout());
     const int fifths = chartFifths(cfg);

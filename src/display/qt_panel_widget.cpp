@@ -17,7 +17,8 @@ void PanelWidget::paintEvent(QPaintEvent*) {
     const QRect picture(m_origin, m_surface.image().deviceIndependentSize().toSize());
     if (picture != rect()) {
         const QRegion margins = QRegion(rect()).subtracted(picture);
-        for (const QRect& r : margins) p.fillRect(r, toQColor(m_surface.state().back));
+        const QColor fill = toQColor(m_margin.value_or(m_surface.state().back));
+        for (const QRect& r : margins) p.fillRect(r, fill);
     }
     p.drawImage(m_origin, m_surface.image());
 }

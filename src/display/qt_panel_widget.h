@@ -1,6 +1,7 @@
 #pragma once
 #include <QWidget>
 #include <functional>
+#include <optional>
 
 #include "display/qt_image_surface.h"
 
@@ -22,6 +23,9 @@ public:
     // dial's artwork mixes round circles with stretched coordinates, so it only
     // holds together at its own shape; the margins take the background colour.
     void setAspect(double widthOverHeight) { m_aspect = widthOverHeight; }
+    // What fills the margins beside a picture held at its shape; without one,
+    // the picture's own background colour.
+    void setMarginColour(std::optional<Colour> colour) { m_margin = colour; }
     // Where the picture's top-left corner sits in the widget.
     QPoint imageOrigin() const { return m_origin; }
 
@@ -36,6 +40,7 @@ private:
     std::function<void()> m_rebuild;
     double m_aspect = 0;
     QPoint m_origin;
+    std::optional<Colour> m_margin;
 };
 
 }  // namespace lv

@@ -385,6 +385,11 @@ void Player::step() {
         m_skipped += due.count - 1;
         b.RecIndex = due.last + 1;
         b.CurRecord = b(due.last);
+        const std::int64_t late =
+            audioTimeMs(m_audioPosition, m_rs.AudioBytesPerSec) - b.CurRecord.TimeMs;
+        m_lateness.worst = std::max(m_lateness.worst, late);
+        m_lateness.earliest = std::min(m_lateness.earliest, late);
+        ++m_lateness.records;
         applyRecord(b.CurRecord);
         if (playbackLagged(due.count, m_st.LagLimit)) {
             lampLag(m_st, m_cfg, m_display);

@@ -83,6 +83,14 @@ public:
     std::int64_t PlayedSeconds() const { return m_playedSeconds; }
     // Records passed over since Play because a later one was already due.
     std::int64_t skippedRecords() const { return m_skipped; }
+    // How far the sound was past each record handed on (negative: before it),
+    // in ms, since the player was made: the figure playback is judged by.
+    struct Lateness {
+        std::int64_t earliest = 0;
+        std::int64_t worst = 0;
+        std::int64_t records = 0;
+    };
+    const Lateness& lateness() const { return m_lateness; }
 
 private:
     AudioTrack* chooseAudio(const std::string& base);
@@ -118,6 +126,7 @@ private:
     std::int64_t m_audioPosition = 0;        // where the sound is, or resumes from
     std::int64_t m_playedSeconds = 0;
     std::int64_t m_skipped = 0;
+    Lateness m_lateness;
     int m_lampCode = -1;  // recorded lamp state last drawn; -1 draws the next one
     bool m_lagLampOn = false;
     double m_lagSince = 0;  // Timer() when the lag lamp went on

@@ -99,7 +99,8 @@ TEST_F(MainWindowTest, TallWindowKeepsTheDialsShape) {
     EXPECT_NEAR(double(picture.width()) / picture.height(), 1.6, 0.01);
     EXPECT_GT(w.panel()->imageOrigin().y(), 10) << "centred, margins above and below";
     const QImage shot = w.grab().toImage();
-    EXPECT_EQ(colourOf(shot, w.panel()->mapTo(&w, QPoint(250, 2))), cfg().Panel_Color);
+    EXPECT_EQ(colourOf(shot, w.panel()->mapTo(&w, QPoint(250, 2))), cfg().Background_Color)
+        << "the margin is the window's background";
     EXPECT_EQ(colourOf(shot, needleMiddle(w.session().needle())), cfg().MainNeedle_Color);
 }
 

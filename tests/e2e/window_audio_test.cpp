@@ -1,0 +1,129 @@
+#include <gtest/gtest.h>
+
+#include <sndfile.h>
+#include <sys/resource.h>
+
+#include <QApplication>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include "app/qt_main_window.h"
+#include "device/link_status.h"
+#include "virtual_meter.h"
+
+namespace lv {
+namespace {
+
+bool waitUntil(const std::function<bool()>& done, int ms) {
+    QElapsedTimer t;
+    t.start();
+    while (!done()) {
+        if (t.elapsed() > ms) return false;
+        QTest::qWait(5);
+    }
+    return true;
+}
+
+// CPU time of this process so far: the test, the window and its sound.
+double cpuSeconds() {
+    rusage u{};
+    ::getrusage(RUSAGE_SELF, &u);
+    return static_cast<double>(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
+           static_cast<double>(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+}
+
+// Frames of a wave file, or -1.
+long long waveFrames(const std::string& path) {
+    SF_INFO info{};
+    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
+    if (!f) return -1;
+    sf_close(f);
+    return info.samplerate == 22050 && info.channels == 1 ? info.frames : -2;
+}
+
+// The window against the virtual meter, recording with sound in "Auto Save".
+class WindowAudio : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(meter.ready);
+        folder = data.path().toStdString();
+        saveTo = (folder / "rec").string() + "/";
+        std::filesystem::create_directory(saveTo);
+        std::ofstream(folder / "lv_Analog.ini")
+            << "[Recording]\nAudioEnable=True\nRecordingMode=3\nSuffixType=0\nSuffixNum=1\n"
+            << "SavePrefix=Snd\nSavePath=" << saveTo << "\n";
+        const std::string link = meter.link.toStdString();
+        w = std::make_unique<MainWindow>(
+            StartOptions{folder, "1.0.0", [link] { return std::vector<std::string>{link}; },
+                         QCoreApplication::applicationDirPath().toStdString()});
+        w->prompter().setUnattended(true);
+        w->Form_Load();
+        w->show();
+        ASSERT_TRUE(waitUntil([&] { return w->session().samples() > 10; }, 3000));
+    }
+    void TearDown() override {
+        if (w) w->closeUnattended();
+    }
+    void click(const char* name) { w->recordPanel()->findChild<QAbstractButton*>(name)->click(); }
+    // Records for about `ms`; the status line shown meanwhile.
+    std::string record(int ms) {
+        click("cmdRecord");
+        QTest::qWait(ms);
+        const std::string shown = w->session().state().ShownStatus;
+        click("cmdStop");
+        return shown;
+    }
+
+    test::VirtualMeter meter;
+    QTemporaryDir data;
+    std::filesystem::path folder;
+    std::string saveTo;
+    std::unique_ptr<MainWindow> w;
+};
+
+TEST_F(WindowAudio, WithServerSoundIsSavedBesideTheRecordsAndPacesPlayback) {
+    EXPECT_EQ(record(2500), kStatusRecording);
+    const std::string lvd = saveTo + "Snd001.lvd", wav = saveTo + "Snd001.wav";
+    ASSERT_TRUE(std::filesystem::exists(lvd));
+    const RecBuffer& b = w->recording().state().buffer;
+    ASSERT_GT(b.RecCount, 100);
+    // The lead-in second is cut: the sound starts with the first record and
+    // lasts to the next whole second after the last.
+    const long long frames = waveFrames(wav);
+    ASSERT_GT(frames, 0);
+    const double soundMs = frames * 1000.0 / 22050;
+    EXPECT_GE(soundMs + 20, b.TotalTimeMs) << "no record outlives the sound";
+    EXPECT_LT(soundMs, b.TotalTimeMs + 1100.0) << "stopped at the next whole second";
+    for (std::int32_t i = 2; i <= b.RecCount; ++i) ASSERT_GE(b(i).TimeMs, b(i - 1).TimeMs) << i;
+
+    ASSERT_TRUE(w->recording().player().Load_File(lvd));
+    EXPECT_EQ(w->recording().state().AudioBytesPerSec, 44100);
+    const double cpuBefore = cpuSeconds();
+    QElapsedTimer wall;
+    wall.start();
+    click("cmdPlay");
+    ASSERT_TRUE(waitUntil([&] { return w->session().state().RunMode != kRunPlayback; }, 8000));
+    const double cpuShare =
+        (cpuSeconds() - cpuBefore) / (static_cast<double>(wall.elapsed()) / 1000);
+    const Player::Lateness& late = w->recording().player().lateness();
+    EXPECT_GT(late.records, 50);
+    EXPECT_GE(late.earliest, -20) << "no record shown more than 20 ms early";
+    EXPECT_LE(late.worst, 20) << "nor more than 20 ms late";
+    // The figure, for the record; a loaded test machine makes it no assertion.
+    std::fprintf(stderr, "playback lateness %lld..%lld ms over %lld records, %.1f %% of a core\n",
+                 static_cast<long long>(late.earliest), static_cast<long long>(late.worst),
+                 static_cast<long long>(late.records), cpuShare * 100);
+}
+
+TEST_F(WindowAudio, WithoutServerRecordingGoesOnOnThePlaceholderClock) {
+    EXPECT_EQ(record(1500), "Audio OFF");
+    EXPECT_TRUE(std::filesystem::exists(saveTo + "Snd001.lvd")) << "nothing recorded is lost";
+    EXPECT_FALSE(std::filesystem::exists(saveTo + "Snd001.wav"));
+    const RecBuffer& b = w->recording().state().buffer;
+    EXPECT_NEAR(b.RecCount, 75, 20);
+    EXPECT_EQ(b(b.RecCount).TimeMs - b(1).TimeMs, (b.RecCount - 1) * 20) << "20 ms a frame";
+}
+
+}  // namespace
+}  // namespace lv
