@@ -16,37 +16,13 @@
 #include <QShowEvent>
 #include <QVBoxLayout>
 
+#include "common/qt_option_group.h"
 #include "recording/naming.h"
 #include "recording/rec_setup.h"
 
 namespace lv {
 
 namespace {
-
-const char* const kIndex = "Index";
-
-QRadioButton* addOption(QButtonGroup* group, QLayout* layout, const char* name,
-                        const QString& caption, int index) {
-    auto* option = new QRadioButton(caption);
-    option->setObjectName(name);
-    option->setProperty(kIndex, index);
-    group->addButton(option, index);
-    layout->addWidget(option);
-    return option;
-}
-
-// Checks the option standing for `index`, or none when no option does (a
-// hand-edited settings file): an exclusive group will not uncheck its last
-// button, so it lets go for a moment.
-void select(QButtonGroup* group, int index) {
-    if (QAbstractButton* option = group->button(index)) {
-        option->setChecked(true);
-        return;
-    }
-    group->setExclusive(false);
-    for (QAbstractButton* option : group->buttons()) option->setChecked(false);
-    group->setExclusive(true);
-}
 
 std::optional<std::string> systemFolderDialog(QWidget* parent, const std::string& start) {
     const QString from = start.empty() ? QDir::homePath() : QString::fromStdString(start);
@@ -173,8 +149,8 @@ RecDialog::RecDialog(Settings& settings, Prompter& prompter, BrowseFolder browse
 void RecDialog::load() {
     m_draft = m_settings;
     m_draft.RecordingMode = selectableMode(m_draft.RecordingMode, m_draft.SavePath);
-    select(m_optMode, m_draft.RecordingMode);
-    select(m_optSuffix, m_draft.SuffixType);
+    selectOption(m_optMode, m_draft.RecordingMode);
+    selectOption(m_optSuffix, m_draft.SuffixType);
     m_txtPrefix->setText(QString::fromStdString(m_draft.SavePrefix));
     m_chkAudio->setChecked(m_draft.AudioEnable);
     m_chkTimeDate->setChecked(m_draft.TimeDateEnable);

@@ -9,6 +9,7 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include "common/qt_option_group.h"
 #include "display/clock_text.h"
 
 namespace lv {
@@ -81,34 +82,15 @@ QButtonGroup* MeterDialog::optionGroup(QGroupBox* frame, const char* name,
     auto* group = new QButtonGroup(frame);
     auto* column = new QVBoxLayout(frame);
     int index = 0;
-    for (const char* caption : captions) {
-        auto* option = new QRadioButton(caption, frame);
-        option->setObjectName(name);
-        option->setProperty("Index", index);
-        group->addButton(option, index++);
-        column->addWidget(option);
-    }
+    for (const char* caption : captions) addOption(group, column, name, caption, index++);
     return group;
 }
 
-void MeterDialog::select(QButtonGroup* group, std::int32_t index) {
-    if (QAbstractButton* option = group->button(index)) {
-        option->setChecked(true);
-        return;
-    }
-    // A value no option stands for (a hand-edited settings file): show none
-    // chosen rather than guess. An exclusive group refuses to uncheck its last
-    // button, so it lets go for a moment.
-    group->setExclusive(false);
-    for (QAbstractButton* option : group->buttons()) option->setChecked(false);
-    group->setExclusive(true);
-}
-
 void MeterDialog::load() {
-    select(m_optDial, m_settings.DialType);
-    select(m_optScale, m_settings.ScaleType);
-    select(m_optClock, m_settings.ClockType);
-    select(m_optDateType, m_settings.DateType);
+    selectOption(m_optDial, m_settings.DialType);
+    selectOption(m_optScale, m_settings.ScaleType);
+    selectOption(m_optClock, m_settings.ClockType);
+    selectOption(m_optDateType, m_settings.DateType);
     m_chkClockLeft->setChecked(m_settings.ClockLeft);
     enableDate();
 }

@@ -34,7 +34,6 @@ private:
     // `name` and told apart by their "Index" property, as a control array.
     static QButtonGroup* optionGroup(QGroupBox* frame, const char* name,
                                      std::initializer_list<const char*> captions);
-    static void select(QButtonGroup* group, std::int32_t index);
     void enableDate();
 
     Settings& m_settings;

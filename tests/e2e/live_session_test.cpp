@@ -7,6 +7,7 @@
 #include "app/qt_live_session.h"
 #include "device/link_status.h"
 #include "settings/session_config.h"
+#include "support/qt_wait.h"
 #include "support/recording_display.h"
 #include "support/scripted_prompter.h"
 #include "virtual_meter.h"
@@ -14,15 +15,7 @@
 namespace lv {
 namespace {
 
-bool waitUntil(const std::function<bool()>& done, int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (!done()) {
-        if (t.elapsed() > ms) return false;
-        QTest::qWait(10);
-    }
-    return true;
-}
+using test::waitUntil;
 
 TEST(LiveSessionEndToEnd, FindsTheMeterAndTakesItBackWhenItsPortReturns) {
     test::VirtualMeter meter;

@@ -10,20 +10,13 @@
 
 #include "app/qt_main_window.h"
 #include "device/link_status.h"
+#include "support/qt_wait.h"
 #include "virtual_meter.h"
 
 namespace lv {
 namespace {
 
-bool waitUntil(const std::function<bool()>& done, int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (!done()) {
-        if (t.elapsed() > ms) return false;
-        QTest::qWait(5);
-    }
-    return true;
-}
+using test::waitUntil;
 
 // CPU time of this process so far: the test, the window and its sound.
 double cpuSeconds() {

@@ -8,20 +8,13 @@
 
 #include "app/qt_main_window.h"
 #include "recording/lvd_file.h"
+#include "support/qt_wait.h"
 #include "virtual_meter.h"
 
 namespace lv {
 namespace {
 
-bool waitUntil(const std::function<bool()>& done, int ms) {
-    QElapsedTimer t;
-    t.start();
-    while (!done()) {
-        if (t.elapsed() > ms) return false;
-        QTest::qWait(5);
-    }
-    return true;
-}
+using test::waitUntil;
 
 // The whole window against the virtual meter: record with the placeholder
 // time base in "Auto Save", then load the file back and play it to the end.
