@@ -11,6 +11,8 @@ inline constexpr std::string_view kStatusInputOk = "Input OK";
 inline constexpr std::string_view kStatusInputError = "Input Error";
 inline constexpr std::string_view kStatusRecording = "Recording";
 inline constexpr std::string_view kStatusDemo = "Demo Mode";
+// Recording or playing on without sound: the device is missing or went away.
+inline constexpr std::string_view kStatusAudioOff = "Audio OFF";
 inline constexpr Colour kStatusErrorColour = 255;  // red
 
 // Puts a text on the status line and remembers it as shown.

@@ -1,5 +1,7 @@
 #include "recording/player.h"
 
+#include "device/link_status.h"
+
 #include <algorithm>
 #include <cctype>
 #include <chrono>
@@ -202,7 +204,7 @@ void Player::startFromPlayStart() {
     m_audioPosition = pos;
     std::int64_t reported = 0;
     if (track.position(reported) == kAudioOk) m_audioPosition = reported;
-    track.play();
+    soundLost(track.play());
     m_mode = AudioMode::Playing;
     // The first record shows its lamp whatever was shown before, and live
     // data after playback starts from a fresh reference.
@@ -210,6 +212,37 @@ void Player::startFromPlayStart() {
     m_st.NeedleReset = true;
     m_playedSeconds = -1;
     showPlayedSeconds(audioSeconds(m_audioPosition, m_rs.AudioBytesPerSec));
+}
+
+bool Player::soundLost(int code) {
+    if (m_rs.track != &m_tracks.sound || (code != kAudioNoDevice && code != kAudioDeviceLost))
+        return false;
+    // The records play on against the placeholder's clock, from where the
+    // sound was: a missing device must not end or freeze a playback.
+    const std::int64_t atMs = audioTimeMs(m_audioPosition, m_rs.AudioBytesPerSec);
+    m_tracks.sound.close();
+    AudioTrack& silent = m_tracks.placeholder;
+    if (!fileExists(m_tracks.dummyPath) ||
+        silent.openFile(m_tracks.dummyPath, AudioKind::Compressed) != kAudioOk) {
+        cmdStop_Click();
+        m_rs.track = nullptr;
+        loadFailed(kFileNotFound, kDummyMissing, Icon::None);
+        return true;
+    }
+    m_rs.track = &silent;
+    m_rs.AudioBytesPerSec = kMillisecondTrack;
+    m_audioPosition = atMs;
+    silent.playFrom(atMs);
+    m_mode = AudioMode::Playing;
+    showStatus(std::string(kStatusAudioOff), kStatusErrorColour);
+    if (!m_toldSoundLost) {
+        m_toldSoundLost = true;
+        m_prompter.ask("Sound",
+                       "The sound device is not available (" + audioErrorText(code) +
+                           ").\nThe recording plays on without its sound.",
+                       Buttons::Ok, Icon::Exclamation);
+    }
+    return true;
 }
 
 void Player::Restart_Loop() {
@@ -360,7 +393,9 @@ void Player::step() {
     // One reading of the sound's clock for the whole step; a failed query
     // keeps the last answer.
     std::int64_t pos = 0;
-    if (track.position(pos) == kAudioOk) m_audioPosition = pos;
+    const int asked = track.position(pos);
+    if (asked == kAudioOk) m_audioPosition = pos;
+    if (soundLost(asked)) return;
     AudioMode mode = AudioMode::NotReady;
     if (track.mode(mode) == kAudioOk) m_mode = mode;
     lagLampCheck();

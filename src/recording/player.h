@@ -100,6 +100,9 @@ private:
     void endOfRange();
     void applyRecord(const lvdRecord& record);
     void lagLampCheck();
+    // After a command's code: when it says the sound device is missing or
+    // gone, plays on with the placeholder and tells the operator once.
+    bool soundLost(int code);
     bool showPlayedSeconds(std::int64_t seconds);  // true when the label changed
     void showRecordingClock(std::int64_t seconds);
     void showPosition();
@@ -127,6 +130,7 @@ private:
     std::int64_t m_playedSeconds = 0;
     std::int64_t m_skipped = 0;
     Lateness m_lateness;
+    bool m_toldSoundLost = false;
     int m_lampCode = -1;  // recorded lamp state last drawn; -1 draws the next one
     bool m_lagLampOn = false;
     double m_lagSince = 0;  // Timer() when the lag lamp went on

@@ -47,7 +47,6 @@ constexpr std::size_t kPendingAudioLimit = 10 * kWaveBytesPerSec;
 
 constexpr Colour kPlayTimeRecording = rgb(255, 0, 0);
 constexpr Colour kPlayTimeIdle = 0;
-constexpr std::string_view kStatusAudioOff = "Audio OFF";
 const std::string kBuffer = "Buffer";
 const std::string kNoFileLoaded = "No File Loaded";
 const std::string kSave = "Save";

@@ -300,3 +300,33 @@ TEST_F(PlayerTest, ClockShowsTheRecordingsTimeOnWholeMinutes) {
 }
 
 }  // namespace
+
+namespace {
+
+// No sound device, or one that goes away while playing: the records go on
+// against the placeholder's clock from where the sound was, and the operator
+// is told once in the program's run.
+TEST_F(PlayerTest, ALostSoundDevicePlaysOnWithThePlaceholder) {
+    std::ofstream(dir.file("dummy.mp3")) << "x";
+    prompter.answers = {Answer::Ok};
+    for (const char* failing : {"play", "status"}) {
+        SCOPED_TRACE(failing);
+        sound.fail.clear();
+        ASSERT_TRUE(load(steady(200), {"rec.mp3"}));
+        sound.pos = 1000;
+        sound.fail[failing] = kAudioNoDevice;
+        player.cmdPlay_Click();
+        player.step();
+        ASSERT_EQ(rs.track, &placeholder);
+        EXPECT_EQ(rs.AudioBytesPerSec, 1000);
+        EXPECT_EQ(st.ShownStatus, "Audio OFF");
+        EXPECT_TRUE(player.playing()) << "playback goes on";
+        placeholder.pos = 2000;
+        player.step();
+        EXPECT_EQ(rs.buffer.RecIndex, 101) << "paced by the placeholder: 2000 ms shown";
+        player.cmdStop_Click();
+    }
+    EXPECT_EQ(prompter.asked.size(), 1u) << "told once";
+}
+
+}  // namespace
