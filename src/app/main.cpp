@@ -64,6 +64,8 @@ int main(int argc, char* argv[]) {
     QCommandLineOption screenshotOption(
         "screenshot", "Save a PNG of the window once the needle is live (or in Demo Mode).",
         "FILE");
+    QCommandLineOption playOption("play", "Load this recording (.lvd) and play it.", "FILE");
+    parser.addOption(playOption);
     parser.addOption(portOption);
     parser.addOption(dataDirOption);
     parser.addOption(exitAfterOption);
@@ -133,6 +135,7 @@ int main(int argc, char* argv[]) {
 
     window.Form_Load();
     window.show();
+    if (parser.isSet(playOption)) window.recording().playFile(parser.value(playOption));
     const bool live = window.session().state().PortNumber != 0;
 
     bool shot = !parser.isSet(screenshotOption);

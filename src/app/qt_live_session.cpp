@@ -34,7 +34,15 @@ LiveSession::LiveSession(SettingsStore& store, DisplaySink& display, Prompter& p
       m_ctx{m_st, store.values, display, m_recorder},
       m_search(m_port, m_pump, m_st, display, prompter, store.values, {}, std::move(versionText)) {
     m_st.LagLimit = lagLimitForItem(store.values.DataLag_Index);
-    m_port.setReceiveHandler([this] { receiveEvent(m_ctx, m_port, *this); });
+    m_port.setReceiveHandler([this] {
+        // Playback and the needle test own the display; the meter follows the
+        // played records, and its own frames would only fight them.
+        if (m_st.RunMode == kRunPlayback) {
+            m_port.discardInput();
+            return;
+        }
+        receiveEvent(m_ctx, m_port, *this);
+    });
     connect(&m_port, &QtSerialPort::portFailed, this, &LiveSession::portFailed);
     m_reconnectTimer.setInterval(static_cast<int>(ReconnectPolicy::kPollSeconds * 1000));
     connect(&m_reconnectTimer, &QTimer::timeout, this, &LiveSession::pollReconnect);

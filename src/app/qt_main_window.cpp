@@ -104,6 +104,8 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
         m_panel->update();
     });
     connect(&m_session, &LiveSession::portsChanged, this, &MainWindow::refreshPortMenu);
+    // Started by a new reading, so an idle window wakes for nothing.
+    m_repaint.setSingleShot(true);
     m_repaint.setInterval(kRepaintMs);
     m_repaint.setTimerType(Qt::PreciseTimer);
     connect(&m_repaint, &QTimer::timeout, this, &MainWindow::flush);
@@ -153,7 +155,6 @@ void MainWindow::Form_Load() {
     m_recording->offerRecovery();
 
     m_started = true;
-    m_repaint.start();
     m_clock.start();
 }
 
@@ -287,13 +288,14 @@ void MainWindow::showSample(std::int32_t needle) {
         Update_Graph(m_chartState, m_chart->surface(), m_store.values, m_session.state().RawNeedle,
                      m_chart->surface().widthPixels(), chartGain());
     m_dirty = true;
+    if (m_started && !m_repaint.isActive()) m_repaint.start();
 }
 
 void MainWindow::flush() {
     if (!m_dirty) return;
     m_dirty = false;
-    m_panel->update();
-    if (m_store.values.GraphVisible) m_chart->update();
+    m_panel->updateDirty();
+    if (m_store.values.GraphVisible) m_chart->updateDirty();
     ++m_frames;
 }
 

@@ -177,6 +177,13 @@ void RecordingController::loadFile(const QString& path) {
     rememberRecent(path);
 }
 
+void RecordingController::playFile(const QString& path) {
+    loadFile(path);
+    if (m_rs.buffer.RecCount < 1 || m_player->active()) return;
+    m_player->cmdPlay_Click();
+    syncTimers();
+}
+
 void RecordingController::rememberRecent(const QString& path) {
     m_recent.removeAll(path);
     m_recent.prepend(path);

@@ -48,6 +48,8 @@ public:
     Player& player() { return *m_player; }
     RecordingState& state() { return m_rs; }
 
+    // Loads a recording and plays it (the command line's --play).
+    void playFile(const QString& path);
     // The frame path's call once a live needle is known.
     void liveNeedle(std::int32_t needle);
     // The main window's key press; true when it was one of the recording keys.

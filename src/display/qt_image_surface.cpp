@@ -20,6 +20,7 @@ void ImageSurface::resize(QSize size, qreal devicePixelRatio) {
     m_image = QImage(m_size * devicePixelRatio, QImage::Format_ARGB32_Premultiplied);
     m_image.setDevicePixelRatio(devicePixelRatio);
     m_image.fill(toQColor(state().back));
+    touched(QRectF(QPointF(0, 0), m_size));
 }
 
 QPainter& ImageSurface::painter() {
@@ -56,9 +57,21 @@ void ImageSurface::applyFill(bool solid) {
         painter().setBrush(Qt::NoBrush);
 }
 
+void ImageSurface::touched(const QRectF& area, qreal penWidth) {
+    const qreal reach = penWidth / 2 + 2;
+    m_dirty |= area.normalized().adjusted(-reach, -reach, reach, reach).toAlignedRect();
+}
+
+QRect ImageSurface::takeDirty() {
+    const QRect dirty = m_dirty & QRect(QPoint(0, 0), m_size);
+    m_dirty = QRect();
+    return dirty;
+}
+
 void ImageSurface::clear() {
     m_painter.reset();
     m_image.fill(toQColor(state().back));
+    touched(QRectF(QPointF(0, 0), m_size));
 }
 
 void ImageSurface::circle(float x, float y, float radius, Colour outline) {
@@ -67,6 +80,7 @@ void ImageSurface::circle(float x, float y, float radius, Colour outline) {
     applyFill(state().fillStyle == FillStyle::Solid);
     const qreal r = radiusPixels(radius);
     p.drawEllipse(toPixels(x, y), r, r);
+    touched(QRectF(toPixels(x, y) - QPointF(r, r), QSizeF(2 * r, 2 * r)), p.pen().widthF());
 }
 
 void ImageSurface::arc(float x, float y, float radius, Colour outline, float start, float end) {
@@ -92,6 +106,7 @@ void ImageSurface::arc(float x, float y, float radius, Colour outline, float sta
     p.setPen(pen(outline));
     applyFill(pie && state().fillStyle == FillStyle::Solid);
     p.drawPath(path);
+    touched(path.boundingRect(), p.pen().widthF());
 }
 
 void ImageSurface::line(float x1, float y1, float x2, float y2, std::optional<Colour> colour) {
@@ -101,6 +116,7 @@ void ImageSurface::line(float x1, float y1, float x2, float y2, std::optional<Co
     if (m_erase == c) linePen.setWidthF(linePen.widthF() + 2);
     p.setPen(linePen);
     p.drawLine(toPixels(x1, y1), toPixels(x2, y2));
+    touched(QRectF(toPixels(x1, y1), toPixels(x2, y2)), linePen.widthF());
 }
 
 void ImageSurface::point(float x, float y, std::optional<Colour> colour) {
@@ -110,6 +126,7 @@ void ImageSurface::point(float x, float y, std::optional<Colour> colour) {
     p.setBrush(c);
     const qreal r = std::max(1, state().lineWidth) / 2.0;
     p.drawEllipse(toPixels(x, y), r, r);
+    touched(QRectF(toPixels(x, y) - QPointF(r, r), QSizeF(2 * r, 2 * r)));
 }
 
 void ImageSurface::text(float x, float y, const std::string& s, const TextStyle& style) {
@@ -120,14 +137,17 @@ void ImageSurface::text(float x, float y, const std::string& s, const TextStyle&
     p.setFont(font);
     p.setPen(toQColor(style.colour));
     const QPointF at = toPixels(x, y);
+    QRectF drawn;
     p.drawText(QRectF(at, QSizeF(m_size.width(), m_size.height())), Qt::AlignLeft | Qt::AlignTop,
-               QString::fromStdString(s));
+               QString::fromStdString(s), &drawn);
+    touched(drawn);
 }
 
 void ImageSurface::fillRect(float x, float y, float width, float height, Colour colour) {
     QPainter& p = painter();
-    p.fillRect(QRectF(toPixels(x, y), toPixels(x + width, y + height)).normalized(),
-               toQColor(colour));
+    const QRectF area = QRectF(toPixels(x, y), toPixels(x + width, y + height)).normalized();
+    p.fillRect(area, toQColor(colour));
+    touched(area);
 }
 
 qreal ImageSurface::pointsForPixels(qreal pixels) const {

@@ -41,16 +41,23 @@ public:
     // Logical point to device-independent pixels, for tests and hit tests.
     QPointF toPixels(float x, float y) const;
 
+    // What has been drawn on since the last call, in device-independent
+    // pixels: the widget repaints that much and no more.
+    QRect takeDirty();
+
 private:
     QPainter& painter();
     QPen pen(Colour c) const;
     void applyFill(bool solid);
     qreal radiusPixels(float radius) const;
+    // Adds a drawn area, grown by the pen's reach and the antialiased fringe.
+    void touched(const QRectF& area, qreal penWidth = 0);
 
     QSize m_size;
     QImage m_image;
     std::unique_ptr<QPainter> m_painter;
     std::optional<Colour> m_erase;
+    QRect m_dirty;
 };
 
 // 0x00BBGGRR to a Qt colour.

@@ -1,5 +1,6 @@
 #include "display/qt_panel_widget.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <QResizeEvent>
 
@@ -12,15 +13,26 @@ PanelWidget::PanelWidget(QWidget* parent) : QWidget(parent), m_surface(size(), 1
     setMinimumSize(160, 60);
 }
 
-void PanelWidget::paintEvent(QPaintEvent*) {
+void PanelWidget::paintEvent(QPaintEvent* event) {
     QPainter p(this);
-    const QRect picture(m_origin, m_surface.image().deviceIndependentSize().toSize());
-    if (picture != rect()) {
-        const QRegion margins = QRegion(rect()).subtracted(picture);
+    const QImage& image = m_surface.image();
+    const QRect picture(m_origin, image.deviceIndependentSize().toSize());
+    if (!picture.contains(event->rect())) {
+        const QRegion margins = QRegion(event->rect()).subtracted(picture);
         const QColor fill = toQColor(m_margin.value_or(m_surface.state().back));
         for (const QRect& r : margins) p.fillRect(r, fill);
     }
-    p.drawImage(m_origin, m_surface.image());
+    // Only the part asked for: most repaints are one needle's strip.
+    const QRect area = event->rect() & picture;
+    if (area.isEmpty()) return;
+    const qreal ratio = image.devicePixelRatio();
+    const QRectF source(QPointF(area.topLeft() - m_origin) * ratio, QSizeF(area.size()) * ratio);
+    p.drawImage(QRectF(area), image, source);
+}
+
+void PanelWidget::updateDirty() {
+    const QRect dirty = m_surface.takeDirty();
+    if (!dirty.isEmpty()) update(dirty.translated(m_origin));
 }
 
 void PanelWidget::resizeEvent(QResizeEvent* event) {

@@ -31,7 +31,7 @@ enum class PlayerKey {
 inline constexpr Colour kPlayTimeColour = 0;
 // The window's timers: the step while playing, and the one-shot skip timer
 // that restarts the sound once a run of quick skips has ended.
-inline constexpr int kPlayStepMs = 5;
+inline constexpr int kPlayStepMs = 10;
 inline constexpr int kSkipTimerMs = 800;
 // How long the lag lamp stays on after playback fell behind.
 inline constexpr double kLagLampSeconds = 0.1;
