@@ -110,6 +110,14 @@ MainMenus::MainMenus(QMenuBar* bar, SettingsStore& store, MeterState& st, MenuHo
     buildConnection();
     buildSettings();
     buildViewAndGraph();
+
+    QMenu* help = addNamedMenu(m_bar, "&Help", "mnuHelp");
+    QAction* guide = addItem(help, "User Guide", "mnuHelpHelp");
+    guide->setShortcut(QKeySequence::HelpContents);
+    connect(guide, &QAction::triggered, this, [this] { run(m_hooks.help); });
+    QAction* about = addItem(help, "About lv_Analog", "mnuhelpAbout");
+    about->setMenuRole(QAction::AboutRole);
+    connect(about, &QAction::triggered, this, [this] { run(m_hooks.about); });
     syncFromSettings();
 }
 
@@ -135,6 +143,19 @@ void MainMenus::buildConnection() {
             remote->setChecked(false);
         });
     }
+
+    m_connection->addSeparator();
+    QAction* needleTest = addItem(m_connection, "Needle Test", "mnuConnectNeedleTest");
+    needleTest->setCheckable(true);
+    connect(needleTest, &QAction::triggered, this, [this, needleTest](bool on) {
+        // The mark shows whether the test runs: a refused start leaves it off.
+        needleTest->setChecked(m_hooks.needleTest ? m_hooks.needleTest(on) : false);
+    });
+    QAction* testAudio = addItem(m_connection, "Test Audio", "mnuConnTestAudio");
+    testAudio->setCheckable(true);
+    connect(testAudio, &QAction::triggered, this, [this, testAudio] {
+        testAudio->setChecked(m_hooks.testAudio ? m_hooks.testAudio() : false);
+    });
 }
 
 void MainMenus::setPorts(const std::vector<std::string>& paths, const std::vector<bool>& available,
@@ -175,6 +196,8 @@ void MainMenus::buildSettings() {
     QMenu* settings = addNamedMenu(m_bar, "&Settings", "mnuSettings");
     connect(addItem(settings, "Meter Setup...", "mnuSettingsMeter"), &QAction::triggered, this,
             [this] { run(m_hooks.meterSetup); });
+    connect(addItem(settings, "Dial Calibration", "mnuSettingstDialTest"), &QAction::triggered,
+            this, [this] { run(m_hooks.dialCalibration); });
     buildColours(settings);
 
     QMenu* width = addNamedMenu(settings, "Needle Width", "mnuSettingsNeedleWidth");

@@ -34,6 +34,13 @@ struct MenuHooks {
     // The colour dialog, starting at `current`; nothing when cancelled.
     std::function<std::optional<Colour>(Colour current, const QString& title)> pickColour;
     std::function<void()> quit;
+    // mnuConnectNeedleTest: start (true) or stop it; whether it now runs.
+    std::function<bool(bool on)> needleTest;
+    // mnuConnTestAudio: flips the beep; whether it is now on.
+    std::function<bool()> testAudio;
+    std::function<void()> dialCalibration;  // mnuSettingstDialTest
+    std::function<void()> help;             // mnuHelpHelp
+    std::function<void()> about;            // mnuhelpAbout
 };
 
 // The main window's menu bar. Every item the program's documents name carries

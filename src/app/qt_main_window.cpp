@@ -159,8 +159,16 @@ void MainWindow::Form_Load() {
 }
 
 void MainWindow::startRecording() {
-    RecordingController::Wiring w{
-        this, m_store, m_session.state(), m_readouts, m_session.pump(), m_prompter, {}, {}, {}};
+    RecordingController::Wiring w{this,
+                                  m_store,
+                                  m_session.state(),
+                                  m_readouts,
+                                  m_session.pump(),
+                                  m_prompter,
+                                  m_session.port(),
+                                  {},
+                                  {},
+                                  {}};
     const auto dummy = findResource("dummy.mp3", m_options.exeDir);
     // Where it should be, for the message that says it is missing.
     w.dummyPath = dummy ? dummy->string() : (m_options.exeDir / "dummy.mp3").string();
@@ -252,6 +260,8 @@ MenuHooks MainWindow::menuHooks() {
         return rgb(c.red(), c.green(), c.blue());
     };
     h.quit = [this] { close(); };
+    h.needleTest = [this](bool on) { return m_recording && m_recording->needleTest(on); };
+    h.testAudio = [this] { return m_recording && m_recording->toggleTestAudio(); };
     return h;
 }
 

@@ -1,5 +1,6 @@
 #include "app/qt_recording_controller.h"
 
+#include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -40,6 +41,13 @@ RecordingController::RecordingController(RecordPanel& panel, Wiring wiring, QObj
     m_player =
         std::make_unique<Player>(m_rs, m_tracks, m_w.st, cfg, m_w.display, m_panel, m_w.prompter,
                                  m_w.pump, m_w.showNeedle, send, [this] { m_skip.start(); });
+
+    m_test =
+        std::make_unique<NeedleTest>(m_w.st, m_w.port, m_tracks, m_rs, m_w.display, m_panel,
+                                     m_w.prompter, m_w.showNeedle, [] { QApplication::beep(); });
+    m_testStep.setTimerType(Qt::PreciseTimer);
+    m_testStep.setInterval(kNeedleTestStepMs);
+    connect(&m_testStep, &QTimer::timeout, this, [this] { m_test->step(); });
 
     m_step.setTimerType(Qt::PreciseTimer);
     m_step.setInterval(kPlayStepMs);
@@ -246,12 +254,25 @@ void RecordingController::keepForRecovery() {
     m_recorder->stopForExit();
 }
 
+bool RecordingController::needleTest(bool on) {
+    if (!on) {
+        m_testStep.stop();
+        m_test->stop();
+        return false;
+    }
+    if (m_test->running()) return true;
+    if (!m_test->start()) return false;
+    m_testStep.start();
+    return true;
+}
+
 void RecordingController::discardRecording() {
     m_recorder->stopForExit();
     m_recorder->discardJournal();
 }
 
 void RecordingController::closeAudio() {
+    needleTest(false);
     m_player->cmdStop_Click();
     m_step.stop();
     // "close WavFile" twice, as the original did: once for each track in use.

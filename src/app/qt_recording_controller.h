@@ -8,6 +8,8 @@
 
 #include "common/prompter.h"
 #include "common/pump.h"
+#include "device/needle_test.h"
+#include "device/serial_port.h"
 #include "recording/player.h"
 #include "recording/qt_audio_track.h"
 #include "recording/qt_record_panel.h"
@@ -34,6 +36,7 @@ public:
         DisplaySink& display;
         Pump& pump;
         Prompter& prompter;
+        SerialPort& port;
         std::string dummyPath;
         // The needle, and the chart when shown, for one played record.
         Player::ShowNeedle showNeedle;
@@ -48,6 +51,9 @@ public:
     Player& player() { return *m_player; }
     RecordingState& state() { return m_rs; }
 
+    // mnuConnectNeedleTest: starts or stops the needle test; whether it runs.
+    bool needleTest(bool on);
+    bool toggleTestAudio() { return m_test->toggleTestAudio(); }
     // Loads a recording and plays it (the command line's --play).
     void playFile(const QString& path);
     // The frame path's call once a live needle is known.
@@ -87,9 +93,11 @@ private:
     RecordingState m_rs;
     std::unique_ptr<Recorder> m_recorder;
     std::unique_ptr<Player> m_player;
-    QTimer m_step;  // the player's pacing while playing
-    QTimer m_skip;  // tmrSkip
-    QTimer m_tick;  // the recorder's journal flush
+    std::unique_ptr<NeedleTest> m_test;
+    QTimer m_testStep;  // the needle test's steps while it runs
+    QTimer m_step;      // the player's pacing while playing
+    QTimer m_skip;      // tmrSkip
+    QTimer m_tick;      // the recorder's journal flush
     QStringList m_recent;
 };
 

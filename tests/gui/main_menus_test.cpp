@@ -373,20 +373,23 @@ TEST(MainMenus, PortItemsShowTheAvailablePortsAndLeaveTheCheckToTheWindow) {
                 out.push_back(a->text().toStdString() + (a->isChecked() ? " *" : ""));
         return out;
     };
-    EXPECT_EQ(shown(), Strings({"Connect", "Ports"}));
+    EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Needle Test", "Test Audio"}));
     r.menus->setPorts({"/dev/ttyS0", "/dev/ttyUSB0", "/tmp/lv3"}, {true, false, true}, 3);
-    EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Comm1:\t/dev/ttyS0", "Comm3:\t/tmp/lv3 *"}));
+    EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Comm1:\t/dev/ttyS0", "Comm3:\t/tmp/lv3 *",
+                                "Needle Test", "Test Audio"}));
     EXPECT_FALSE(r.menus->action("mnuConnectionPortComm", 0)->isEnabled());
 
     r.click("mnuConnectionPortComm", 1);
     r.click("mnuConnectionPortComm", 3);
     EXPECT_EQ(r.fired, Strings({"port 1", "port 3"}));
-    EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Comm1:\t/dev/ttyS0", "Comm3:\t/tmp/lv3 *"}));
+    EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Comm1:\t/dev/ttyS0", "Comm3:\t/tmp/lv3 *",
+                                "Needle Test", "Test Audio"}));
 
     // A later scan with fewer ports hides the rest; the sensor menu shows last.
     r.menus->setPorts({"/dev/ttyACM0"}, {true}, 0);
     r.menus->showSensorMenu(true);
-    EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Comm1:\t/dev/ttyACM0", "Sensor"}));
+    EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Comm1:\t/dev/ttyACM0", "Sensor", "Needle Test",
+                                "Test Audio"}));
 }
 
 TEST(MainMenus, SensorChoiceGoesToTheWindowAndLeavesBothUnchecked) {

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QElapsedTimer>
 #include <cstdio>
 
 #include <fstream>
@@ -20,7 +21,8 @@ class MainWindowTest : public ::testing::Test {
 protected:
     static StartOptions options(const test::TempDir& dir) {
         std::ofstream(dir.file("lv_Analog.ini")) << "[Format]\nGraphVisible=True\n";
-        return {dir.path(), "1.0.0", [] { return std::vector<std::string>{}; }, {}};
+        return {dir.path(), "1.0.0", [] { return std::vector<std::string>{}; },
+                QCoreApplication::applicationDirPath().toStdString()};
     }
     MainWindowTest() : w(options(m_dir)) {
         w.prompter().setUnattended(true);
@@ -134,6 +136,32 @@ TEST_F(MainWindowTest, HidingTheChartKeepsTheDialAndShrinksTheWindow) {
     QApplication::processEvents();
     EXPECT_TRUE(w.chart()->isVisible());
     EXPECT_NEAR(w.chart()->height(), chartHeight, 2);
+}
+
+}  // namespace
+}  // namespace lv
+
+namespace lv {
+namespace {
+
+// The needle test without a meter: the sine drives the needle from the
+// placeholder's clock, and leaving puts the window back as it was.
+TEST_F(MainWindowTest, NeedleTestRunsFromTheMenuAndRestores) {
+    QAction* test = w.menus().action("mnuConnectNeedleTest");
+    ASSERT_NE(test, nullptr);
+    test->trigger();
+    ASSERT_TRUE(test->isChecked());
+    EXPECT_EQ(w.session().state().RunMode, kRunPlayback);
+    EXPECT_EQ(w.statusText(), "Test Mode");
+    const long before = w.framesDrawn();
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < 300) QApplication::processEvents(QEventLoop::AllEvents, 10);
+    EXPECT_GT(w.framesDrawn(), before + 5) << "the needle moves";
+    test->trigger();
+    EXPECT_FALSE(test->isChecked());
+    EXPECT_EQ(w.session().state().RunMode, kRunNoMeter);
+    EXPECT_EQ(w.statusText(), "Demo Mode");
 }
 
 }  // namespace
