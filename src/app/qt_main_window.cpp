@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "about/qt_about_dialog.h"
+#include "about/qt_help.h"
 #include "app/data_folder.h"
 #include "app/exit_sequence.h"
 #include "app/program_files.h"
@@ -260,6 +262,12 @@ MenuHooks MainWindow::menuHooks() {
         return rgb(c.red(), c.green(), c.blue());
     };
     h.quit = [this] { close(); };
+    h.help = [this] { openUserGuide(m_options.exeDir, m_prompter); };
+    h.about = [this] {
+        AboutDialog about(aboutInfoFrom(m_options.versionText, m_session.search().version()),
+                          m_prompter, {}, this);
+        about.exec();
+    };
     h.needleTest = [this](bool on) { return m_recording && m_recording->needleTest(on); };
     h.testAudio = [this] { return m_recording && m_recording->toggleTestAudio(); };
     return h;
