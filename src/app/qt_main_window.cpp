@@ -262,6 +262,7 @@ MenuHooks MainWindow::menuHooks() {
         return rgb(c.red(), c.green(), c.blue());
     };
     h.quit = [this] { close(); };
+    h.dialCalibration = [this] { dialCalibration(); };
     h.help = [this] { openUserGuide(m_options.exeDir, m_prompter); };
     h.about = [this] {
         AboutDialog about(aboutInfoFrom(m_options.versionText, m_session.search().version()),
@@ -322,6 +323,14 @@ void MainWindow::tickClock() {
     m_panel->update();
 }
 
+std::optional<SessionConfigError> MainWindow::writeSessionConfig() {
+    const QRect g = normalGeometry().isValid() ? normalGeometry() : geometry();
+    m_sessionConfig = sessionToSave(m_sessionConfig, m_store, m_session.state().PortNumber,
+                                    m_session.search().portCount(),
+                                    WindowPlacement{g.x(), g.y(), g.width(), g.height()});
+    return SaveSessionConfig(m_options.dataFolder, m_sessionConfig);
+}
+
 void MainWindow::keyPressEvent(QKeyEvent* event) {
     if (m_started && m_recording && m_recording->keyPressed(event)) return;
     QMainWindow::keyPressEvent(event);
@@ -347,14 +356,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         hooks.keepRecordingForRecovery = [this] { m_recording->keepForRecovery(); };
         hooks.closeAudio = [this] { m_recording->closeAudio(); };
     }
-    hooks.writeSessionConfig = [this]() -> std::optional<SessionConfigError> {
-        const QRect g = normalGeometry().isValid() ? normalGeometry() : geometry();
-        const MeterState& st = m_session.state();
-        m_sessionConfig =
-            sessionToSave(m_sessionConfig, m_store, st.PortNumber, m_session.search().portCount(),
-                          WindowPlacement{g.x(), g.y(), g.width(), g.height()});
-        return SaveSessionConfig(m_options.dataFolder, m_sessionConfig);
-    };
+    hooks.writeSessionConfig = [this] { return writeSessionConfig(); };
     hooks.report = [](const std::string& text) {
         std::fprintf(stderr, "lv_Analog: %s\n", text.c_str());
     };

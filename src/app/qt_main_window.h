@@ -79,6 +79,9 @@ private:
     void loadSettingsFile();
     void saveSettingsFileAs();
     void meterSetup();
+    void dialCalibration();
+    // lv_Analog.cfg as things stand: at exit and after a calibration upload.
+    std::optional<SessionConfigError> writeSessionConfig();
     void placeWindow();
     void startRecording();
     void splashText(const std::string& text);

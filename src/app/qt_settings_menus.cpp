@@ -1,8 +1,11 @@
 // The main window's settings commands that open a dialog: Load Settings,
-// Save Settings As and the meter setup.
+// Save Settings As, the meter setup and the dial calibration.
 #include <QFileDialog>
 
 #include "app/qt_main_window.h"
+#include "calibration/qt_scale_dialog.h"
+#include "calibration/upload.h"
+#include "display/needle_drawing.h"
 #include "settings/qt_meter_dialog.h"
 
 namespace lv {
@@ -38,6 +41,37 @@ void MainWindow::meterSetup() {
     // Each choice shows on the dial at once, behind the dialog.
     connect(&dialog, &MeterDialog::settingsChanged, this, &MainWindow::relayout);
     dialog.exec();
+}
+
+void MainWindow::dialCalibration() {
+    SerialPort& port = m_session.port();
+    // The calibration talks to the meter's own dial: without a meter there
+    // is nothing to calibrate.
+    if (!port.isOpen() || m_session.busy()) {
+        m_prompter.ask("Dial Calibration",
+                       "Dial Calibration needs a meter. Connect the meter (Connection, "
+                       "Connect) and try again.",
+                       Buttons::Ok, Icon::Information);
+        return;
+    }
+    Pump& pump = m_session.pump();
+    enterCalibration(port, pump);
+    {
+        ScaleDialog dialog(
+            port, pump, m_prompter, m_sessionConfig.DialCalibration, m_store.values.ScaleType,
+            [this](std::int32_t angle) {
+                Update_Needle(m_ctx, angle);
+                m_panel->updateDirty();
+            },
+            [this] {
+                if (const auto error = writeSessionConfig())
+                    m_prompter.ask(error->title, error->text, Buttons::Ok, Icon::Critical);
+            },
+            this);
+        dialog.exec();
+    }
+    leaveCalibration(port, pump);
+    relayout();
 }
 
 }  // namespace lv

@@ -1,0 +1,154 @@
+#include "calibration/upload.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <numeric>
+
+#include "common/hex_text.h"
+#include "support/fake_pump.h"
+#include "support/scripted_port.h"
+#include "support/scripted_prompter.h"
+
+namespace lv {
+namespace {
+
+using Question = test::ScriptedPrompter::Question;
+using Lines = std::vector<std::string>;
+const Question kComplete{"Firmware Upload", "Upload Complete", Buttons::Ok, Icon::Information};
+const Question kInterrupted{"Firmware Upload",
+                            "Upload was interrupted, your meter may not function properly.\n"
+                            "Contact manufacturer if the meter shows a permanent red light.",
+                            Buttons::Ok, Icon::Critical};
+const Question kNoLoader{"Firmware Upgrade",
+                         "Hardware not responding, check connections, try again ",
+                         Buttons::OkCancel, Icon::Information};
+const std::string kKey = "\xC2\xD4";
+
+// A loader answering each line "PASS" with its CR 2 ms later, unless the line
+// has answers of its own queued ("" = silence); the straight table to send.
+struct Rig {
+    Rig() {
+        port.open();
+        std::iota(table.begin(), table.end(), 0);
+        port.onWrite = [this](const std::string& bytes) {
+            const std::string line = bytes.substr(0, bytes.size() - 1);
+            if (line == "H")  // still streaming for a moment
+                return pump.after(0.1, [this] { port.input += staleAfterEntry; });
+            std::string answer = "PASS";
+            if (auto& queue = answers[line]; !queue.empty()) {
+                answer = queue.front();
+                queue.pop_front();
+            }
+            port.input += answer;
+            if (!answer.empty()) pump.after(0.002, [this] { port.input += "\r"; });
+        };
+    }
+    bool run() {
+        return uploadCorrectionTable(port, pump, prompter, table,
+                                     [this](int v) { progress.push_back(v); });
+    }
+    test::ScriptedPort port;
+    test::FakePump pump;
+    test::ScriptedPrompter prompter;
+    CorrectionTable table;
+    std::map<std::string, std::deque<std::string>> answers;
+    std::string staleAfterEntry;
+    std::vector<int> progress;
+};
+
+TEST(Upload, SendsEveryLineInAddressOrder) {
+    Rig r;
+    r.prompter.answers = {Answer::Ok};
+    ASSERT_TRUE(r.run());
+    const Lines& w = r.port.written;
+    ASSERT_EQ(w.size(), 516u);
+    EXPECT_EQ(Lines(w.begin(), w.begin() + 4),
+              (Lines{"H\r", kKey + "\r", ":020000040000FA\r",
+                     ":10E0000000000100020003000400050006000700F4\r"}));
+    EXPECT_EQ(w[514], ":10FFF000F80FF90FFA0FFB0FFC0FFD0FFE0FFF0FAD\r");
+    EXPECT_EQ(w[515], ":00000001FF\r");
+    std::vector<int> progress{0};
+    for (unsigned b = 0; b < 512; ++b) {
+        EXPECT_EQ(w[3 + b].substr(0, 9), ":10" + hexUpper(0xE000 + 16 * b, 4) + "00");
+        progress.push_back(static_cast<int>(b));
+    }
+    EXPECT_EQ(r.progress, progress);
+    EXPECT_EQ(r.prompter.asked, std::vector{kComplete});
+    // Split answers end each wait at their CR: far from 515 x 0.3 s.
+    EXPECT_LT(r.pump.waited, 0.2 + 515 * 0.004);
+}
+
+TEST(Upload, ARefusedLineIsResentOnRetryAndEndsTheUploadOnCancel) {
+    Rig probe;
+    const std::string line = correctionTableRecord(probe.table, 9);
+    const std::pair<const char*, Answer> cases[] = {
+        {"FAIL", Answer::Retry}, {"", Answer::Retry}, {"FAIL", Answer::Cancel}};
+    for (const auto& [reply, answer] : cases) {
+        Rig r;
+        r.answers[line] = {reply};
+        r.prompter.answers = {answer, Answer::Ok};
+        const bool retry = answer == Answer::Retry;
+        EXPECT_EQ(r.run(), retry);
+        const Lines& w = r.port.written;
+        ASSERT_EQ(w.size(), retry ? 517u : 13u);
+        EXPECT_EQ(Lines(w.begin() + 12, w.begin() + (retry ? 14 : 13)),
+                  Lines(retry ? 2 : 1, line + "\r"));
+        const Question error{"Firmware Upload", "Error sending " + line, Buttons::RetryCancel,
+                             Icon::Information};
+        EXPECT_EQ(r.prompter.asked, (std::vector{error, retry ? kComplete : kInterrupted}));
+    }
+}
+
+TEST(Upload, CancelAtLoaderEntrySendsNoRecord) {
+    Rig r;
+    r.staleAfterEntry = "PASS\r";  // arrives during the drain: not the key's answer
+    r.answers[kKey] = {""};
+    r.prompter.answers = {Answer::Cancel, Answer::Ok};
+    EXPECT_FALSE(r.run());
+    EXPECT_EQ(r.port.written, (Lines{"H\r", kKey + "\r"}));
+    EXPECT_EQ(r.prompter.asked, (std::vector{kNoLoader, kInterrupted}));
+}
+
+TEST(Upload, AcknowledgeEndsAtALoneCrOrAtTheDeadline) {
+    const struct {
+        double start;
+        std::vector<std::pair<double, std::string>> pieces;
+        double ends;
+        bool pass;
+    } cases[] = {
+        {36000, {{0.01, "PASS\r"}}, 0.3, true},  // whole: waited out
+        {36000, {{0.01, "PASS"}, {0.015, "\r"}}, 0.015, true},
+        {36000, {{0.01, "FAIL"}, {0.015, "\r"}}, 0.015, false},
+        {36000, {}, 0.3, false},
+        {36000, {{0.05, "\r"}, {0.1, "PASS\r"}}, 0.05, false},
+        {86399.9, {{0.01, "PASS\r"}}, 0.3, true},  // across midnight
+    };
+    for (const auto& c : cases) {
+        test::ScriptedPort port;
+        test::FakePump pump(c.start);
+        for (const auto& [at, piece] : c.pieces)
+            pump.after(at, [&port, p = piece] { port.input += p; });
+        EXPECT_EQ(Acknowledge(port, pump), c.pass);
+        const double took = pump.now() - c.start + (pump.now() < c.start ? 86400 : 0);
+        EXPECT_NEAR(took, c.ends, 0.0015) << c.start << " " << c.pieces.size();
+    }
+}
+
+TEST(Upload, CalibrationExchangeAroundTheDialog) {
+    test::ScriptedPort port;
+    test::FakePump pump;
+    std::vector<double> at;
+    port.onWrite = [&](const std::string&) { at.push_back(pump.now()); };
+    enterCalibration(port, pump);
+    EXPECT_EQ(port.discards, 1);
+    EXPECT_NEAR(pump.waited, 5 * 0.054, 1e-9);
+    leaveCalibration(port, pump);
+    Terminate(port);
+    EXPECT_EQ(port.written, (Lines{"N0C6\r", "I\r", "\r", "R\r", "U\r", ":00000001FF\r"}));
+    EXPECT_NEAR(at[2] - at[1], 5 * 18 * 0.054, 1e-9);
+    EXPECT_EQ(port.thresholds, (std::vector<int>{0, 5}));
+}
+
+}  // namespace
+}  // namespace lv

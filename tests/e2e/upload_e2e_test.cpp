@@ -1,0 +1,129 @@
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QPushButton>
+#include <QTimer>
+
+#include "calibration/qt_scale_dialog.h"
+#include "calibration/upload.h"
+#include "common/qt_pump.h"
+#include "device/meter_start.h"
+#include "device/qt_serial_port.h"
+#include "support/qt_wait.h"
+#include "support/scripted_prompter.h"
+#include "virtual_meter.h"
+
+namespace lv {
+namespace {
+
+// The dialog over the real port to the virtual meter, entered as the menu
+// does it (meter found and streaming, then calibration), with "+" held on
+// the first mark for 0.3 s so that there is something new to upload.
+struct UploadE2e : ::testing::Test {
+    std::unique_ptr<ScaleDialog> openDialog(QStringList extra) {
+        meter = std::make_unique<test::VirtualMeter>(
+            QStringList{"--table-out", dir.filePath("table")} + extra);
+        port.setPortName(meter->link.toStdString());
+        protocol::VersionInfo version;
+        if (!meter->ready || !probeMeter(port, pump, version) ||
+            !startMeter(port, pump, version.code, false))
+            return nullptr;
+        enterCalibration(port, pump);
+        auto d = std::make_unique<ScaleDialog>(port, pump, prompter, stored, 0, nullptr,
+                                               [this] { ++saves; });
+        auto* up = d->findChild<QPushButton*>("cmdUp");
+        QTimer::singleShot(300, up, [up] { QTest::mouseRelease(up, Qt::LeftButton); });
+        QTest::mousePress(up, Qt::LeftButton);
+        test::waitUntil(
+            [&] { return stored[0] != d->calibrator().values()[0] && !d->calibrator().stepping(); },
+            2000);
+        list = d->calibrator().values();
+        const CorrectionTable t = buildCorrectionTable(workPoints(list, 0), 0);
+        expected.assign(t.begin(), t.end());
+        return d;
+    }
+    // What the meter holds from 0xE000 once its loader was left.
+    std::vector<int> meterTable() {
+        QFile f(dir.filePath("table"));
+        test::waitUntil([&] { return f.exists(); }, 2000);
+        std::vector<int> table;
+        if (f.open(QIODevice::ReadOnly))
+            for (const QByteArray& line : f.readAll().split('\n'))
+                if (!line.isEmpty()) table.push_back(line.toInt());
+        return table;
+    }
+    QTemporaryDir dir;
+    std::unique_ptr<test::VirtualMeter> meter;
+    QtSerialPort port;
+    QtPump pump;
+    test::ScriptedPrompter prompter;
+    std::array<std::int16_t, 12> stored{203,  560,  944,  1300, 1690, 2040,
+                                        2425, 2780, 3170, 3520, 3905};
+    std::vector<int> list, expected;
+    int saves = 0;
+};
+
+// With "--ack-split" (true) or with PASS and CR in one piece.
+struct FullUpload : UploadE2e, ::testing::WithParamInterface<bool> {};
+
+TEST_P(FullUpload, TheMeterHoldsTheCalibratedTable) {
+    const auto d = openDialog(GetParam() ? QStringList{"--ack-split"} : QStringList{});
+    ASSERT_NE(d, nullptr);
+    EXPECT_GT(list[0], 205) << "holding repeats the step";
+    EXPECT_LE(list[0], 203 + 2 * 8) << "at one step a tick";
+    prompter.answers = {Answer::Ok, Answer::Ok};  // the second only if something went wrong
+    QElapsedTimer t;
+    t.start();
+    d->findChild<QPushButton*>("cmdSave")->click();
+    const double seconds = t.elapsed() / 1000.0;
+    std::printf("upload with %s acks took %.2f s\n", GetParam() ? "split" : "whole", seconds);
+    EXPECT_LT(seconds, GetParam() ? 10.0 : 514 * kAcknowledgeSeconds + 10.0);
+
+    // A refused line (a bad checksum among them) would have asked Retry or Cancel.
+    ASSERT_EQ(prompter.asked,
+              (std::vector<test::ScriptedPrompter::Question>{
+                  {"Firmware Upload", "Upload Complete", Buttons::Ok, Icon::Information}}));
+    EXPECT_EQ(saves, 1);
+    EXPECT_EQ(std::vector<int>(stored.begin(), stored.begin() + 11), list);
+    EXPECT_EQ(meterTable(), expected);
+
+    // Back from calibration the meter streams to the receive event again.
+    leaveCalibration(port, pump);
+    EXPECT_TRUE(test::waitUntil([&] { return port.bytesWaiting() >= 26; }, 2000));
+}
+
+// Whole answers wait out 0.3 s a line, over two and a half minutes in all:
+// run by hand with --gtest_also_run_disabled_tests.
+INSTANTIATE_TEST_SUITE_P(SplitAcks, FullUpload, ::testing::Values(true));
+INSTANTIATE_TEST_SUITE_P(DISABLED_WholeAcks, FullUpload, ::testing::Values(false));
+
+TEST_F(UploadE2e, TerminateLeavesTheLoaderMidUpload) {
+    const auto d = openDialog({});
+    ASSERT_NE(d, nullptr);
+    prompter.answers = {Answer::Cancel, Answer::Ok};
+    auto* terminate = d->findChild<QPushButton*>("Command2");
+    QTimer::singleShot(2000, terminate, [terminate] { terminate->click(); });
+    d->findChild<QPushButton*>("cmdSave")->click();
+
+    // The meter left its loader, so the next line went unanswered.
+    ASSERT_EQ(prompter.asked.size(), 2u);
+    const std::string refused = prompter.asked[0].text;
+    ASSERT_EQ(refused.substr(0, 17), "Error sending :10");
+    EXPECT_EQ(prompter.asked[1].text.substr(0, 22), "Upload was interrupted");
+    const int record = (std::stoi(refused.substr(17, 4), nullptr, 16) - 0xE000) / 16;
+    std::printf("terminated after %d records at 0.3 s a line\n", record);
+    EXPECT_GE(record, 2);
+    EXPECT_LE(record, 6);
+    const std::vector<int> table = meterTable();
+    ASSERT_EQ(table.size(), 4096u);
+    // The end record's PASS may come too late for its own wait and be taken
+    // for the next line's, so the record before the refused one may be lost.
+    for (std::size_t k = 0; k < 4096; ++k)
+        if (k < 8u * (record - 1) || k >= 8u * record) {
+            ASSERT_EQ(table[k], k < 8u * record ? expected[k] : static_cast<int>(k)) << k;
+        }
+}
+
+}  // namespace
+}  // namespace lv
