@@ -1,5 +1,7 @@
 #include "app/qt_live_session.h"
 
+#include "app/program_files.h"
+
 #include <QFileInfo>
 
 #include "device/link_status.h"
@@ -53,14 +55,12 @@ double LiveSession::secondsNow() const {
     return static_cast<double>(m_clock.elapsed()) / 1000.0;
 }
 
-void LiveSession::findMeterAtStart(std::int16_t savedPort, SearchHooks hooks) {
+void LiveSession::findMeterAtStart(const SessionConfig& session, SearchHooks hooks) {
     BusyScope busy(m_busy);
     m_search.setCandidates(m_candidates ? m_candidates() : std::vector<std::string>{});
     m_search.setHooks(std::move(hooks));
-    m_st.PortNumber = savedPort;
+    m_st.PortNumber = savedPort(session, m_search.portCount());
     m_search.findMeterAtStart();
-    // The splash goes with the start-up; later searches show no progress.
-    m_search.setHooks({});
     emit portsChanged();
 }
 

@@ -14,6 +14,7 @@
 #include "device/com_input.h"
 #include "device/qt_serial_port.h"
 #include "device/receive_event.h"
+#include "settings/session_config.h"
 #include "settings/settings_file.h"
 #include "signal/meter_state.h"
 
@@ -29,9 +30,9 @@ public:
     LiveSession(SettingsStore& store, DisplaySink& display, Prompter& prompter,
                 std::string versionText, CandidateList candidates, QObject* parent = nullptr);
 
-    // Start-up: the saved port (1-based, 0 = none) first, then the whole
-    // search with its Retry/Cancel question when no meter answered there.
-    void findMeterAtStart(std::int16_t savedPort, SearchHooks hooks);
+    // Start-up: the port the session saved first, then the whole search with
+    // its Retry/Cancel question when no meter answered there.
+    void findMeterAtStart(const SessionConfig& session, SearchHooks hooks);
     // Once the window is drawn: stale bytes go, the receive event is armed and
     // the first frame takes the needle reference.
     void armLink();

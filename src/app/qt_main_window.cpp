@@ -140,10 +140,7 @@ void MainWindow::Form_Load() {
     hooks.closeSplash = [this] {
         if (m_splash) m_splash->hide();
     };
-    m_session.findMeterAtStart(
-        savedPort(m_sessionConfig,
-                  static_cast<int>(m_options.candidates ? m_options.candidates().size() : 0)),
-        hooks);
+    m_session.findMeterAtStart(m_sessionConfig, hooks);
     if (m_splash) m_splash->hide();
 
     m_menus->syncFromSettings();
@@ -187,7 +184,8 @@ void MainWindow::placeWindow() {
     const int bars = menuBar()->sizeHint().height() + statusBar()->sizeHint().height();
     const int chart =
         m_store.values.GraphVisible ? kDialHeight * chartFifths(m_store.values) / 5 : 0;
-    resize(kDialWidth, kDialHeight + chart + bars);
+    const int record = m_store.values.RecordVisible ? m_recordPanel->sizeHint().height() : 0;
+    resize(kDialWidth, kDialHeight + chart + record + bars);
     const WindowPlacement saved = placementOf(m_sessionConfig);
     if (!saved.valid()) return;
     // A screen that has gone since (a second monitor unplugged) must not

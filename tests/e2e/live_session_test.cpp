@@ -27,7 +27,7 @@ TEST(LiveSessionEndToEnd, FindsTheMeterAndTakesItBackWhenItsPortReturns) {
     const std::string link = meter.link.toStdString();
     LiveSession s(store, display, prompter, "1.0.0", [link] { return std::vector{link}; });
 
-    s.findMeterAtStart(0, {});
+    s.findMeterAtStart(SessionConfig{}, {});
     ASSERT_EQ(s.state().PortNumber, 1);
     ASSERT_EQ(s.state().RunMode, kRunLive);
     s.armLink();
