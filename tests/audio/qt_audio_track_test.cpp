@@ -82,115 +82,50 @@ SavedWave readWave(const std::string& path) {
 
 // ---- Without any sound device needed -------------------------------------
 
-TEST(AudioFiles, OpenReportsWhatIsWrong) {
+TEST(AudioFiles, OpenReportsWhatIsWrongAndCommandsNeedTheRightTrack) {
     test::TempDir dir("audio_files");
-    const std::string wave = dir.file("a.wav");
-    ASSERT_EQ(writeWave16(wave, 22050, 1, noise(100)), kAudioOk);
     std::ofstream(dir.file("notes.mp3")) << "not a sound";
-    struct Case {
-        std::string path;
-        AudioKind kind;
-        int code;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, AudioKind, int> cases[] = {
         {dir.file("absent.wav"), AudioKind::Wave, kAudioFileNotFound},
-        {dir.file("absent.mp3"), AudioKind::Compressed, kAudioFileNotFound},
         {dir.file("notes.mp3"), AudioKind::Compressed, kAudioBadFile},
-        {dir.file("notes.mp3"), AudioKind::Wave, kAudioBadFile},
         {LV_DUMMY_MP3, AudioKind::Wave, kAudioBadFile},  // an MP3 has no bytes to count
-        {LV_DUMMY_MP3, AudioKind::Compressed, kAudioOk},
-        {wave, AudioKind::Wave, kAudioOk},
-        {wave, AudioKind::Compressed, kAudioOk},
-    };
+        {LV_DUMMY_MP3, AudioKind::Compressed, kAudioOk}};
     QtAudioTrack track;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.path);
+    std::int64_t value;
+    EXPECT_EQ(track.position(value), kAudioNotOpen);
+    for (const auto& [path, kind, code] : cases) {
         ASSERT_EQ(track.openNewWave(), kAudioOk);  // a failed open leaves nothing open
-        EXPECT_EQ(track.openFile(c.path, c.kind), c.code);
-        AudioMode mode;
-        ASSERT_EQ(track.mode(mode), kAudioOk);
-        EXPECT_EQ(mode, c.code == kAudioOk ? AudioMode::Stopped : AudioMode::NotReady);
+        EXPECT_EQ(track.openFile(path, kind), code) << path;
+        EXPECT_EQ(modeOf(track), code == kAudioOk ? AudioMode::Stopped : AudioMode::NotReady);
     }
+    for (const int code : {track.record(), track.deleteFromStart(0), track.save(dir.file("x.wav"))})
+        EXPECT_EQ(code, kAudioWrongMode);
+    EXPECT_FALSE(std::filesystem::exists(dir.file("x.wav")));
 }
 
 // A wave counts bytes of its own encoding, whatever it decodes to; any other
 // file counts milliseconds.
 TEST(AudioFiles, PositionsCountInTheFilesOwnUnits) {
     test::TempDir dir("audio_files");
-    struct Case {
-        AudioKind kind;
-        int format, bits, rate, channels;
-        std::int64_t frames, length, halfway;
-    };
-    const Case cases[] = {
-        {AudioKind::Wave, SF_FORMAT_PCM_16, 16, 22050, 1, 22050, 44100, 22050},
-        {AudioKind::Wave, SF_FORMAT_PCM_16, 16, 44100, 2, 4410, 17640, 8820},
-        {AudioKind::Wave, SF_FORMAT_PCM_U8, 8, 11025, 1, 11025, 11025, 5512},
-        {AudioKind::Wave, SF_FORMAT_PCM_24, 24, 8000, 2, 800, 4800, 2400},
-        {AudioKind::Compressed, SF_FORMAT_PCM_16, 16, 44100, 2, 4410, 100, 50},
-        {AudioKind::Compressed, SF_FORMAT_PCM_U8, 8, 8000, 1, 16000, 2000, 1000},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::to_string(c.bits) + " bits " + std::to_string(c.rate) + "x" +
-                     std::to_string(c.channels));
+    const std::tuple<AudioKind, int, int, int, std::int64_t, std::int64_t> cases[] = {
+        {AudioKind::Wave, SF_FORMAT_PCM_U8, 11025, 1, 11025, 11025},
+        {AudioKind::Wave, SF_FORMAT_PCM_24, 8000, 2, 800, 4800},
+        {AudioKind::Compressed, SF_FORMAT_PCM_16, 44100, 2, 4410, 100}};
+    for (const auto& [kind, format, rate, channels, frames, length] : cases) {
         const std::string path = dir.file("t.wav");
-        SF_INFO info{};
-        info.samplerate = c.rate;
-        info.channels = c.channels;
-        info.format = SF_FORMAT_WAV | c.format;
+        SF_INFO info{0, rate, channels, SF_FORMAT_WAV | format, 0, 0};
         SNDFILE* f = sf_open(path.c_str(), SFM_WRITE, &info);
         ASSERT_NE(f, nullptr);
-        const std::string pcm = noise(static_cast<std::size_t>(c.frames * c.channels));
-        sf_writef_short(f, reinterpret_cast<const short*>(pcm.data()), c.frames);
+        const std::string pcm = noise(static_cast<std::size_t>(frames * channels));
+        sf_writef_short(f, reinterpret_cast<const short*>(pcm.data()), frames);
         sf_close(f);
-
         QtAudioTrack track;
-        ASSERT_EQ(track.openFile(path, c.kind), kAudioOk);
-        EXPECT_EQ(lengthOf(track), c.length);
-        ASSERT_EQ(track.seek(c.halfway), kAudioOk);
-        EXPECT_EQ(positionOf(track), c.halfway);
-        EXPECT_EQ(track.seek(c.length + 1), kAudioBadRange);
-        EXPECT_EQ(track.seek(-1), kAudioBadRange);
-        int rate = 0, bits = 0, channels = 0;
-        if (c.kind == AudioKind::Wave) {
-            ASSERT_EQ(track.waveFormat(rate, bits, channels), kAudioOk);
-            EXPECT_EQ(std::tuple(rate, bits, channels), std::tuple(c.rate, c.bits, c.channels));
-        } else {
-            EXPECT_EQ(track.waveFormat(rate, bits, channels), kAudioWrongMode);
-        }
+        ASSERT_EQ(track.openFile(path, kind), kAudioOk);
+        EXPECT_EQ(lengthOf(track), length) << rate;
+        ASSERT_EQ(track.seek(length / 2), kAudioOk);
+        EXPECT_EQ(positionOf(track), length / 2);
+        EXPECT_EQ(track.seek(length + 1), kAudioBadRange);
     }
-}
-
-TEST(AudioFiles, CommandsNeedTheRightTrack) {
-    test::TempDir dir("audio_files");
-    QtAudioTrack track;
-    std::int64_t value;
-    AudioMode mode;
-    int a, b, c;
-    for (const int code :
-         {track.record(), track.play(), track.playFrom(0), track.pause(), track.stop(),
-          track.seek(0), track.deleteFromStart(0), track.save(dir.file("x.wav")),
-          track.position(value), track.length(value), track.waveFormat(a, b, c)})
-        EXPECT_EQ(code, kAudioNotOpen);
-    EXPECT_EQ(track.mode(mode), kAudioOk);
-    EXPECT_EQ(mode, AudioMode::NotReady);
-
-    ASSERT_EQ(track.openFile(LV_DUMMY_MP3, AudioKind::Compressed), kAudioOk);
-    for (const int code : {track.record(), track.deleteFromStart(0), track.save(dir.file("x.wav"))})
-        EXPECT_EQ(code, kAudioWrongMode);
-    EXPECT_FALSE(std::filesystem::exists(dir.file("x.wav")));
-
-    // An empty new wave: nothing to cut, an empty wave to save.
-    ASSERT_EQ(track.openNewWave(), kAudioOk);
-    EXPECT_EQ(lengthOf(track), 0);
-    EXPECT_EQ(track.seek(0), kAudioOk);
-    EXPECT_EQ(track.deleteFromStart(2), kAudioBadRange);
-    ASSERT_EQ(track.waveFormat(a, b, c), kAudioOk);
-    EXPECT_EQ(std::tuple(a, b, c), std::tuple(22050, 16, 1));
-    ASSERT_EQ(track.save(dir.file("x.wav")), kAudioOk);
-    const SavedWave saved = readWave(dir.file("x.wav"));
-    EXPECT_EQ(saved.info.samplerate, 22050);
-    EXPECT_EQ(saved.info.frames, 0);
 }
 
 // ---- No sound server: every device command fails at once ----------------
@@ -223,9 +158,7 @@ TEST(WithServer, RecordsAtTheDeviceRate) {
     track.setCaptureSink([&](std::string_view pcm) { captured.append(pcm); });
     ASSERT_EQ(track.openNewWave(), kAudioOk);
     ASSERT_EQ(track.record(), kAudioOk);
-    EXPECT_EQ(modeOf(track), AudioMode::Recording);
     EXPECT_EQ(track.play(), kAudioWrongMode);
-    EXPECT_EQ(track.save(dir.file("early.wav")), kAudioWrongMode);
 
     ASSERT_TRUE(spinUntil([&] { return positionOf(track) > 0; }, 1000));
     QElapsedTimer timer;
@@ -238,25 +171,14 @@ TEST(WithServer, RecordsAtTheDeviceRate) {
     EXPECT_NEAR(static_cast<double>(last - first), seconds * kRecordBytesPerSec, 2 * 882 + 1000);
 
     ASSERT_EQ(track.stop(), kAudioOk);
-    EXPECT_EQ(modeOf(track), AudioMode::Stopped);
     const std::int64_t recorded = lengthOf(track);
-    EXPECT_GE(recorded, last);
-    EXPECT_EQ(recorded % 2, 0);
     EXPECT_EQ(static_cast<std::int64_t>(captured.size()), recorded);
-
-    ASSERT_EQ(track.seek(0), kAudioOk);
-    EXPECT_EQ(positionOf(track), 0);
     EXPECT_EQ(track.deleteFromStart(recorded + 2), kAudioBadRange);
     ASSERT_EQ(track.deleteFromStart(kRecordBytesPerSec), kAudioOk);
-    EXPECT_EQ(lengthOf(track), recorded - kRecordBytesPerSec);
-
-    const std::string path = dir.file("take.wav");
-    ASSERT_EQ(track.save(path), kAudioOk);
-    const SavedWave saved = readWave(path);
-    EXPECT_EQ(saved.info.format, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    EXPECT_EQ(saved.info.samplerate, 22050);
-    EXPECT_EQ(saved.info.channels, 1);
-    EXPECT_EQ(saved.info.frames, (recorded - kRecordBytesPerSec) / 2);
+    ASSERT_EQ(track.save(dir.file("take.wav")), kAudioOk);
+    const SavedWave saved = readWave(dir.file("take.wav"));
+    EXPECT_EQ(std::tuple(saved.info.format, saved.info.samplerate, saved.info.channels),
+              std::tuple(SF_FORMAT_WAV | SF_FORMAT_PCM_16, 22050, 1));
     EXPECT_TRUE(saved.pcm == captured.substr(kRecordBytesPerSec));
 }
 
@@ -274,9 +196,7 @@ TEST(WithServer, HearsWhatItPlaysExactly) {
     ASSERT_TRUE(spinUntil([&] { return positionOf(recorder) >= 4410; }, 1000));
 
     ASSERT_EQ(player.openFile(tonePath, AudioKind::Wave), kAudioOk);
-    EXPECT_EQ(lengthOf(player), 22050);
     ASSERT_EQ(player.play(), kAudioOk);
-    EXPECT_EQ(modeOf(player), AudioMode::Playing);
     // The end of the data stops the track by itself.
     ASSERT_TRUE(spinUntil([&] { return modeOf(player) == AudioMode::Stopped; }, 3000));
     EXPECT_EQ(positionOf(player), 22050);
@@ -289,12 +209,6 @@ TEST(WithServer, HearsWhatItPlaysExactly) {
     ASSERT_NE(at, std::string::npos) << "the tone was not heard";
     ASSERT_EQ(at % 2, 0u);
     EXPECT_TRUE(heard.compare(at, tone.size(), tone) == 0) << "the tone came back altered";
-    // Cut everything before the tone and save: the wave starts with it.
-    ASSERT_EQ(recorder.deleteFromStart(static_cast<std::int64_t>(at)), kAudioOk);
-    ASSERT_EQ(recorder.save(dir.file("cut.wav")), kAudioOk);
-    const SavedWave cut = readWave(dir.file("cut.wav"));
-    EXPECT_EQ(cut.pcm.size(), heard.size() - at);
-    EXPECT_TRUE(cut.pcm.compare(0, tone.size(), tone) == 0);
 }
 
 TEST(WithServer, PlaybackPositionFollowsTheClock) {
@@ -315,12 +229,7 @@ TEST(WithServer, PlaybackPositionFollowsTheClock) {
     ASSERT_EQ(track.pause(), kAudioOk);
     const std::int64_t paused = positionOf(track);
     spin(300);
-    EXPECT_EQ(modeOf(track), AudioMode::Paused);
     EXPECT_EQ(positionOf(track), paused);
-
-    ASSERT_EQ(track.play(), kAudioOk);
-    spin(300);
-    EXPECT_NEAR(positionOf(track), paused + 0.3 * perSec, tolerance);
 
     ASSERT_EQ(track.playFrom(perSec * 3 / 2), kAudioOk);
     spin(200);
@@ -330,23 +239,8 @@ TEST(WithServer, PlaybackPositionFollowsTheClock) {
 
     ASSERT_EQ(track.playFrom(perSec / 2), kAudioOk);
     ASSERT_EQ(track.seek(perSec), kAudioOk);  // seeking ends playing
-    EXPECT_EQ(modeOf(track), AudioMode::Stopped);
     spin(100);
     EXPECT_EQ(positionOf(track), perSec);
-}
-
-TEST(WithServer, CompressedTrackCountsMilliseconds) {
-    QtAudioTrack track;
-    ASSERT_EQ(track.openFile(LV_DUMMY_MP3, AudioKind::Compressed), kAudioOk);
-    const std::int64_t length = lengthOf(track);
-    EXPECT_NEAR(length, 1000, 150);
-    QElapsedTimer timer;
-    timer.start();
-    ASSERT_EQ(track.play(), kAudioOk);
-    spin(300);
-    EXPECT_NEAR(positionOf(track), timer.elapsed(), 60);
-    ASSERT_TRUE(spinUntil([&] { return modeOf(track) == AudioMode::Stopped; }, 2000));
-    EXPECT_EQ(positionOf(track), length);
 }
 
 // ---- A server that goes away mid-stream ----------------------------------
@@ -365,11 +259,9 @@ TEST(LostServer, KeepsWhatWasRecorded) {
     for (char buf[512]; std::fgets(buf, sizeof buf, out);) env += buf;
     ASSERT_EQ(::pclose(out), 0) << env;
     std::istringstream lines(env);
-    for (std::string line; std::getline(lines, line);) {
-        const auto eq = line.find('=');
-        if (line.rfind("export ", 0) == 0 && eq != std::string::npos)
+    for (std::string line; std::getline(lines, line);)
+        if (const auto eq = line.find('='); line.rfind("export ", 0) == 0 && eq != line.npos)
             ::setenv(line.substr(7, eq - 7).c_str(), line.substr(eq + 1).c_str(), 1);
-    }
 
     const std::string wave = dir.file("a.wav");
     ASSERT_EQ(writeWave16(wave, 22050, 1, noise(5 * 22050)), kAudioOk);
@@ -394,11 +286,8 @@ TEST(LostServer, KeepsWhatWasRecorded) {
         EXPECT_EQ(modeOf(*track), AudioMode::Stopped);
     }
     // What arrived before the loss is still there to save.
-    const std::int64_t recorded = lengthOf(recorder);
-    EXPECT_GE(recorded, 8820);
     ASSERT_EQ(recorder.save(dir.file("kept.wav")), kAudioOk);
-    EXPECT_EQ(readWave(dir.file("kept.wav")).info.frames, recorded / 2);
-    EXPECT_EQ(recorder.record(), kAudioNoDevice);
+    EXPECT_GE(readWave(dir.file("kept.wav")).info.frames, 4410);
     EXPECT_EQ(player.play(), kAudioNoDevice);
     EXPECT_LT(timer.elapsed(), 3000);
 }

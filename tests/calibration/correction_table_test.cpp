@@ -1,7 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "calibration/correction_table.h"
-#include "calibration/intel_hex.h"
+
+#include <gtest/gtest.h>
 
 namespace lv {
 namespace {
@@ -13,36 +12,21 @@ std::vector<int> nominalList(int scaleType) {
     return list;
 }
 
-TEST(CorrectionTable, NominalPointsMakeTheIdentityOnBothScales) {
-    for (int scale : {0, 1}) {
-        const auto table = buildCorrectionTable(workPoints(nominalList(scale), scale), scale);
-        for (int k = 0; k < kTableEntries; ++k)
-            ASSERT_EQ(table[static_cast<std::size_t>(k)], k) << scale;
-    }
-}
-
 TEST(CorrectionTable, InterpolatesBetweenCalibratedMarks) {
+    const auto identity = buildCorrectionTable(workPoints(nominalList(1), 1), 1);
+    for (int k = 0; k < kTableEntries; ++k) ASSERT_EQ(identity[static_cast<std::size_t>(k)], k);
+
     auto list = nominalList(0);
+    list[0] = 199;   // 99 * (199 / 198) is 99.49999999999999 and rounds to 99; the
+                     // product first would be 99.5 and, halves to even, 100
     list[5] = 2050;  // the centre mark (nominal 2048) found 2 drive units higher
     const auto t = buildCorrectionTable(workPoints(list, 0), 0);
-    struct Case {
-        int index, entry;
-    };
-    // 1678 + (i - 1678) * 372/370 below the mark, 2050 + (i - 2048) * 368/370 above.
-    for (const Case c : {Case{1678, 1678}, Case{1863, 1864}, Case{2048, 2050}, Case{2233, 2234},
-                         Case{2418, 2418}, Case{0, 0}, Case{4095, 4095}}) {
-        EXPECT_EQ(t[static_cast<std::size_t>(c.index)], c.entry) << c.index;
-    }
-}
-
-TEST(CorrectionTable, QuotientComesBeforeProduct) {
-    // 99 * (199 / 198) is 99.49999999999999 in double and rounds to 99;
-    // multiplying first would give exactly 99.5 and, halves to even, 100.
-    auto list = nominalList(0);
-    list[0] = 199;
-    const auto t = buildCorrectionTable(workPoints(list, 0), 0);
-    EXPECT_EQ(t[99], 99);
-    EXPECT_EQ(t[198], 199);
+    // 1678 + (i - 1678) * 372/370 below the centre, 2050 + (i - 2048) * 368/370 above.
+    const std::pair<int, int> cases[] = {{99, 99},     {198, 199},   {1678, 1678},
+                                         {1863, 1864}, {2048, 2050}, {2233, 2234},
+                                         {2418, 2418}, {0, 0},       {4095, 4095}};
+    for (const auto& [index, entry] : cases)
+        EXPECT_EQ(t[static_cast<std::size_t>(index)], entry) << index;
 }
 
 TEST(CorrectionTable, ListValuesFromStoredCalibration) {
@@ -63,24 +47,6 @@ TEST(CorrectionTable, ListValuesFromStoredCalibration) {
     EXPECT_EQ(kept[8], 3440);
     EXPECT_EQ(kept[9], 0) << "slots the short scale does not use are cleared";
     EXPECT_EQ(kept[10], 0);
-}
-
-TEST(CorrectionTable, UploadLinesInOrder) {
-    const auto table = buildCorrectionTable(workPoints(nominalList(0), 0), 0);
-    const auto lines = correctionTableLines(table);
-    ASSERT_EQ(lines.size(), 514u);
-    EXPECT_EQ(lines.front(), ":020000040000FA");
-    // Entries 0..7 low byte first; checksum 0x100 - ((0x10 + 0xE0 + 28) & 0xFF).
-    EXPECT_EQ(lines[1], ":10E0000000000100020003000400050006000700F4");
-    // Entries 4088..4095 at 0xFFF0; sum 0x10+0xFF+0xF0 + 8*0xF8+28 + 8*0x0F = 0xA53.
-    EXPECT_EQ(lines[512], ":10FFF000F80FF90FFA0FFB0FFC0FFD0FFE0FFF0FAD");
-    EXPECT_EQ(lines.back(), ":00000001FF");
-    for (std::size_t i = 1; i < 513; ++i) {
-        const auto rec = parseHexLine(lines[i]);
-        ASSERT_TRUE(rec) << lines[i];
-        EXPECT_EQ(rec->address, 0xE000 + 16 * (i - 1));
-        EXPECT_EQ(rec->data.size(), 16u);
-    }
 }
 
 }  // namespace

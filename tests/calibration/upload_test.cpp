@@ -5,7 +5,6 @@
 #include <map>
 #include <numeric>
 
-#include "common/hex_text.h"
 #include "support/fake_pump.h"
 #include "support/scripted_port.h"
 #include "support/scripted_prompter.h"
@@ -20,13 +19,10 @@ const Question kInterrupted{"Firmware Upload",
                             "Upload was interrupted, your meter may not function properly.\n"
                             "Contact manufacturer if the meter shows a permanent red light.",
                             Buttons::Ok, Icon::Critical};
-const Question kNoLoader{"Firmware Upgrade",
-                         "Hardware not responding, check connections, try again ",
-                         Buttons::OkCancel, Icon::Information};
 const std::string kKey = "\xC2\xD4";
 
-// A loader answering each line "PASS" with its CR 2 ms later, unless the line
-// has answers of its own queued ("" = silence); the straight table to send.
+// A loader answering each line "PASS", its CR 2 ms later, unless the line has
+// answers of its own queued ("" = silence); the straight table to send.
 struct Rig {
     Rig() {
         port.open();
@@ -69,9 +65,11 @@ TEST(Upload, SendsEveryLineInAddressOrder) {
     EXPECT_EQ(w[514], ":10FFF000F80FF90FFA0FFB0FFC0FFD0FFE0FFF0FAD\r");
     EXPECT_EQ(w[515], ":00000001FF\r");
     std::vector<int> progress{0};
-    for (unsigned b = 0; b < 512; ++b) {
-        EXPECT_EQ(w[3 + b].substr(0, 9), ":10" + hexUpper(0xE000 + 16 * b, 4) + "00");
-        progress.push_back(static_cast<int>(b));
+    char head[10];
+    for (int b = 0; b < 512; ++b) {
+        std::snprintf(head, sizeof head, ":10%04X00", 0xE000 + 16 * b);
+        EXPECT_EQ(w[3 + b].substr(0, 9), head);
+        progress.push_back(b);
     }
     EXPECT_EQ(r.progress, progress);
     EXPECT_EQ(r.prompter.asked, std::vector{kComplete});
@@ -80,11 +78,9 @@ TEST(Upload, SendsEveryLineInAddressOrder) {
 }
 
 TEST(Upload, ARefusedLineIsResentOnRetryAndEndsTheUploadOnCancel) {
-    Rig probe;
-    const std::string line = correctionTableRecord(probe.table, 9);
-    const std::pair<const char*, Answer> cases[] = {
-        {"FAIL", Answer::Retry}, {"", Answer::Retry}, {"FAIL", Answer::Cancel}};
-    for (const auto& [reply, answer] : cases) {
+    const std::string line = ":10E09000480049004A004B004C004D004E004F0024";  // record 9
+    for (const auto& [reply, answer] :
+         {std::pair{"FAIL", Answer::Retry}, {"", Answer::Retry}, {"FAIL", Answer::Cancel}}) {
         Rig r;
         r.answers[line] = {reply};
         r.prompter.answers = {answer, Answer::Ok};
@@ -107,7 +103,10 @@ TEST(Upload, CancelAtLoaderEntrySendsNoRecord) {
     r.prompter.answers = {Answer::Cancel, Answer::Ok};
     EXPECT_FALSE(r.run());
     EXPECT_EQ(r.port.written, (Lines{"H\r", kKey + "\r"}));
-    EXPECT_EQ(r.prompter.asked, (std::vector{kNoLoader, kInterrupted}));
+    const Question noLoader{"Firmware Upgrade",
+                            "Hardware not responding, check connections, try again ",
+                            Buttons::OkCancel, Icon::Information};
+    EXPECT_EQ(r.prompter.asked, (std::vector{noLoader, kInterrupted}));
 }
 
 TEST(Upload, AcknowledgeEndsAtALoneCrOrAtTheDeadline) {

@@ -14,6 +14,8 @@
 namespace lv {
 namespace {
 
+using Strings = std::vector<std::string>;
+
 struct Rig {
     MeterState st;
     test::ScriptedPort port;
@@ -50,35 +52,22 @@ struct Rig {
     }
 };
 
-TEST(NeedleTestCycle, SineOfTwoHundredRecords) {
+TEST(NeedleTest, ASineOfTwoHundredRecordsEveryTwentyMillisecondsOfThePlaceholder) {
     const auto cycle = needleTestCycle();
-    const struct {
-        int record;
-        std::int16_t needle;
-    } cases[] = {{1, 283},    {25, 6364},   {50, 9000},   {75, 6364},  {100, 0},
-                 {101, -283}, {150, -9000}, {175, -6364}, {199, -283}, {200, 0}};
-    for (const auto& c : cases) EXPECT_EQ(cycle[c.record - 1], c.needle) << "record " << c.record;
-}
-
-TEST(NeedleTest, StepsEveryTwentyMillisecondsOfThePlaceholder) {
+    for (auto [record, needle] :
+         {std::pair{1, 283}, {50, 9000}, {75, 6364}, {100, 0}, {150, -9000}, {199, -283}, {200, 0}})
+        EXPECT_EQ(cycle[record - 1], needle) << "record " << record;
     Rig r;
     ASSERT_TRUE(r.test.start());
-    // Position -> record shown after the poll; each step times the next from
-    // where it found the clock, so a late poll (65) pushes the next to 85.
-    const struct {
-        std::int64_t ms;
-        int record;
-    } polls[] = {{0, 0}, {19, 0}, {20, 1}, {39, 1}, {40, 2}, {65, 3}, {84, 3}, {85, 4}};
-    for (const auto& p : polls) {
-        r.at(p.ms);
-        EXPECT_EQ(r.test.record(), p.record) << "at " << p.ms << " ms";
+    // Each step times the next from where it found the clock: a late poll (65) delays the next.
+    for (auto [ms, record] :
+         {std::pair{0, 0}, {19, 0}, {20, 1}, {40, 2}, {65, 3}, {84, 3}, {85, 4}}) {
+        r.at(ms);
+        EXPECT_EQ(r.test.record(), record) << "at " << ms << " ms";
     }
-    const auto cycle = needleTestCycle();
     EXPECT_EQ(r.shown, (std::vector<std::int32_t>{cycle[0], cycle[1], cycle[2], cycle[3]}));
-    EXPECT_EQ(r.st.RawNeedle, cycle[3]);  // what the chart plots
-
-    // A clock that does not answer (no placeholder file) stands the test still.
-    r.placeholder.fail["status"] = kAudioNotOpen;
+    EXPECT_EQ(r.st.RawNeedle, cycle[3]);           // what the chart plots
+    r.placeholder.fail["status"] = kAudioNotOpen;  // a clock that does not answer stands still
     r.at(1000);
     EXPECT_EQ(r.test.record(), 4);
 }
@@ -86,114 +75,77 @@ TEST(NeedleTest, StepsEveryTwentyMillisecondsOfThePlaceholder) {
 TEST(NeedleTest, WrapsAfterRecord200AndBeepsAtRecord1OnlyWithTestAudio) {
     for (const bool audio : {false, true}) {
         Rig r;
-        if (audio) {
-            EXPECT_TRUE(r.test.toggleTestAudio());
-        }
+        if (audio) r.test.toggleTestAudio();
         ASSERT_TRUE(r.test.start());
         std::vector<int> beepAt;
-        for (int n = 1; n <= 2 * kTestRecords + 1; ++n) {
-            const int before = r.beeps;
+        for (int n = 1, before = 0; n <= 2 * kTestRecords + 1; ++n, before = r.beeps) {
             r.at(n * kTestRecordMs);
             if (r.beeps != before) beepAt.push_back(n);
-            if (n == kTestRecords) {
-                EXPECT_EQ(r.test.record(), kTestRecords);
-            }
         }
         EXPECT_EQ(r.test.record(), 1);
-        EXPECT_EQ(r.shown.size(), 2u * kTestRecords + 1);
         EXPECT_EQ(r.shown[kTestRecords], r.shown[0]);
         EXPECT_EQ(beepAt, audio ? std::vector<int>({1, 201, 401}) : std::vector<int>{});
     }
 }
 
-TEST(NeedleTest, UnsavedRecordingAsksFirst) {
-    for (const Answer answer : {Answer::No, Answer::Yes}) {
-        Rig r;
-        r.rs.RecNotSaved = true;
-        r.prompter.answers = {answer};
-        const bool started = r.test.start();
-        EXPECT_EQ(r.prompter.asked, (std::vector<test::ScriptedPrompter::Question>{
-                                        {"Warning", "Previous recording not saved, Continue?",
-                                         Buttons::YesNo, Icon::None}}));
-        EXPECT_EQ(started, answer == Answer::Yes);
-        EXPECT_EQ(r.st.TestModeOn, started);
-        if (started) continue;
-        EXPECT_EQ(r.st.RunMode, kRunLive);
-        EXPECT_EQ(r.st.SensPos, 36);
-        EXPECT_TRUE(r.display.calls.empty());
-        EXPECT_TRUE(r.panel.calls.empty());
-        EXPECT_TRUE(r.port.thresholds.empty());
-        EXPECT_EQ(r.port.discards, 0);
-        EXPECT_TRUE(r.placeholder.log.empty());
-        EXPECT_TRUE(r.sound.log.empty());
-    }
-}
-
-TEST(NeedleTest, RefusedWhileRecordingOrPlaying) {
-    for (const std::int16_t mode : {kRunRecording, kRunPlayback}) {
+TEST(NeedleTest, RefusedWhileRecordingOrPlayingAndAsksOverAnUnsavedRecording) {
+    const std::tuple<std::int16_t, bool, Answer, bool> cases[] = {
+        {kRunRecording, false, Answer::Yes, false},
+        {kRunPlayback, false, Answer::Yes, false},
+        {kRunLive, true, Answer::No, false},
+        {kRunLive, true, Answer::Yes, true}};
+    for (auto [mode, unsaved, answer, started] : cases) {
         Rig r;
         r.st.RunMode = mode;
-        EXPECT_FALSE(r.test.start());
-        EXPECT_EQ(r.st.RunMode, mode);
-        EXPECT_FALSE(r.st.TestModeOn);
-        EXPECT_TRUE(r.placeholder.log.empty());
+        r.rs.RecNotSaved = unsaved;
+        r.prompter.answers = {answer};
+        EXPECT_EQ(r.test.start(), started);
+        const test::ScriptedPrompter::Question ask{
+            "Warning", "Previous recording not saved, Continue?", Buttons::YesNo, Icon::None};
+        EXPECT_EQ(r.prompter.asked, std::vector(unsaved ? 1 : 0, ask));
+        EXPECT_EQ(r.st.TestModeOn, started);
+        if (started) continue;
+        EXPECT_EQ(std::pair(r.st.RunMode, r.st.SensPos), std::pair(mode, std::int16_t{36}));
+        EXPECT_TRUE(r.display.calls.empty() && r.port.thresholds.empty() &&
+                    r.placeholder.log.empty() && r.sound.log.empty());
     }
 }
 
 TEST(NeedleTest, StartAndStopRestoreTheLinkWithAndWithoutAMeter) {
-    const struct {
-        std::int16_t port;
-        int threshold;
-        std::vector<std::string> written;
-        std::int16_t runMode;
-    } cases[] = {{1, kSearchThreshold, {"U\r"}, kRunLive}, {0, 0, {}, kRunNoMeter}};
-    for (const auto& c : cases) {
+    const std::tuple<std::int16_t, int, Strings, std::int16_t> cases[] = {
+        {1, kSearchThreshold, {"U\r"}, kRunLive}, {0, 0, {}, kRunNoMeter}};
+    for (const auto& [portNumber, threshold, written, runMode] : cases) {
         Rig r;
-        r.st.PortNumber = c.port;
+        r.st.PortNumber = portNumber;
         r.st.GoodFrames = 5;
         r.rs.track = &r.sound;  // a loaded recording's sound
         ASSERT_TRUE(r.test.start());
-
         EXPECT_EQ(r.panel.loadedCaption, "No File Loaded");
-        EXPECT_EQ(r.panel.loadedTooltip, "No File Loaded");
-        EXPECT_FALSE(r.panel.enabled.record);
-        EXPECT_FALSE(r.panel.enabled.load);
-        EXPECT_EQ(r.port.thresholds, std::vector<int>{0});
-        EXPECT_EQ(r.port.discards, 1);
-        EXPECT_EQ(r.st.RunMode, kRunPlayback);
-        EXPECT_TRUE(r.st.TestModeOn);
-        EXPECT_EQ(r.st.SensPos, 0);
-        EXPECT_EQ(r.st.ShownStatus, "Test Mode");
-        EXPECT_EQ(r.display.take(), (std::vector<std::string>{"Mode(Test Mode,7)", "Knob(0)"}));
-        EXPECT_EQ(r.sound.log, std::vector<std::string>{"close"});
+        EXPECT_FALSE(r.panel.enabled.record || r.panel.enabled.load);
+        EXPECT_EQ(std::pair(r.port.thresholds, r.port.discards), std::pair(std::vector<int>{0}, 1));
+        EXPECT_EQ(std::tuple(r.st.RunMode, r.st.SensPos, r.st.ShownStatus),
+                  std::tuple(kRunPlayback, std::int16_t{0}, std::string("Test Mode")));
+        EXPECT_EQ(r.display.take(), (Strings{"Mode(Test Mode,7)", "Knob(0)"}));
+        EXPECT_EQ(r.sound.log, Strings{"close"});
         EXPECT_EQ(r.rs.track, nullptr);
-        EXPECT_EQ(r.placeholder.log, (std::vector<std::string>{"open compressed /data/dummy.mp3",
-                                                               "status length", "play"}));
+        EXPECT_EQ(r.placeholder.log,
+                  (Strings{"open compressed /data/dummy.mp3", "status length", "play"}));
         r.placeholder.log.clear();
-        // A second start while running keeps the test as it is.
-        EXPECT_TRUE(r.test.start());
+        EXPECT_TRUE(r.test.start()) << "a second start keeps the test as it is";
         EXPECT_TRUE(r.placeholder.log.empty());
 
         r.test.stop();
-        EXPECT_EQ(r.placeholder.log, (std::vector<std::string>{"stop", "close"}));
-        EXPECT_TRUE(r.panel.enabled.record);
-        EXPECT_TRUE(r.panel.enabled.load);
-        EXPECT_EQ(r.port.threshold(), c.threshold);
-        EXPECT_EQ(r.port.written, c.written);
-        EXPECT_EQ(r.st.GoodFrames, c.port ? 0 : 5);
-        EXPECT_EQ(r.st.RunMode, c.runMode);
-        EXPECT_EQ(r.port.discards, 2);
-        EXPECT_EQ(r.st.ShownStatus, "Input OK");
-        EXPECT_EQ(r.display.take(), (std::vector<std::string>{"Mode(Input OK,7)", "Knob(36)"}));
-        EXPECT_EQ(r.st.SensPos, 36);
-        EXPECT_FALSE(r.st.TestModeOn);
-        EXPECT_FALSE(r.test.running());
-
-        // Stopped, the test neither steps nor stops twice.
-        r.at(1000);
+        EXPECT_EQ(r.placeholder.log, (Strings{"stop", "close"}));
+        EXPECT_TRUE(r.panel.enabled.record && r.panel.enabled.load);
+        EXPECT_EQ(std::tuple(r.port.threshold(), r.port.written, r.port.discards),
+                  std::tuple(threshold, written, 2));
+        EXPECT_EQ(std::pair(r.st.GoodFrames, r.st.RunMode), std::pair(portNumber ? 0 : 5, runMode));
+        EXPECT_EQ(r.display.take(), (Strings{"Mode(Input OK,7)", "Knob(36)"}));
+        EXPECT_FALSE(r.st.TestModeOn || r.test.running());
+        r.at(1000);  // stopped, the test neither steps nor stops twice
         r.test.stop();
         EXPECT_TRUE(r.shown.empty());
-        EXPECT_EQ(r.port.written, c.written);
+        EXPECT_EQ(r.port.written, written);
     }
 }
 

@@ -10,32 +10,20 @@ namespace {
 
 struct CountingConsumer : SampleConsumer {
     explicit CountingConsumer(test::ScriptedPort& p) : port(p) {}
-    void onNewSample() override {
-        ++samples;
-        thresholdDuring = port.threshold();
-    }
+    void onNewSample() override { thresholds.push_back(port.threshold()); }
     test::ScriptedPort& port;
-    int samples = 0;
-    int thresholdDuring = -1;
+    std::vector<int> thresholds;  // one per sample, as each found the port
 };
 
 TEST(ReceiveEvent, DisarmsWhileRunningAndRearmsWithAMeter) {
-    struct Case {
-        std::int16_t portNumber;
-        std::string input;
-        int samples;
-        int thresholdAfter;
-    };
     const std::string good = protocol::encodeFrame({'P', 30000, 0, 0, 0});
-    const Case cases[] = {
-        {1, good, 1, kReceiveThreshold},
-        {1, "P1234\r", 0, kReceiveThreshold},
-        {0, good, 1, 0},
-    };
-    for (const Case& c : cases) {
+    for (auto [portNumber, input, samples, after] :
+         {std::tuple{1, good, 1u, kReceiveThreshold},
+          {1, std::string("P1234\r"), 0u, kReceiveThreshold},
+          {0, good, 1u, 0}}) {
         MeterState st;
         st.RunMode = kRunLive;
-        st.PortNumber = c.portNumber;
+        st.PortNumber = static_cast<std::int16_t>(portNumber);
         Settings cfg;
         test::RecordingDisplay display;
         NoRecorder rec;
@@ -44,14 +32,11 @@ TEST(ReceiveEvent, DisarmsWhileRunningAndRearmsWithAMeter) {
         CountingConsumer consumer(port);
         port.setReceiveHandler([&] { receiveEvent(ctx, port, consumer); });
         port.setThreshold(kSearchThreshold);
-        port.deliver(c.input);
-        EXPECT_EQ(consumer.samples, c.samples);
-        if (c.samples) {
-            EXPECT_EQ(consumer.thresholdDuring, 0);
-            // The per-sample step ran before the consumer: the filter holds the reading.
-            EXPECT_EQ(st.FilteredNeedle, 30000);
-        }
-        EXPECT_EQ(port.threshold(), c.thresholdAfter);
+        port.deliver(input);
+        EXPECT_EQ(consumer.thresholds, std::vector<int>(samples, 0));
+        // The per-sample step ran before the consumer: the filter holds the reading.
+        EXPECT_EQ(samples ? st.FilteredNeedle : 30000, 30000);
+        EXPECT_EQ(port.threshold(), after);
     }
 }
 

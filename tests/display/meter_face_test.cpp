@@ -56,20 +56,11 @@ protected:
     lv::PanelContext ctx{surface, cfg, st, display, ps, [this] { return clock; }};
 };
 
-TEST_F(MeterFace, EachPairOfDialTypesDrawsTheSameFace) {
-    for (auto [a, b, scale] : {std::tuple{1, 2, 0}, {1, 2, 1}, {0, 3, 0}, {0, 3, 1}}) {
-        draw(a, scale);
-        const auto first = surface.calls;
-        draw(b, scale);
-        EXPECT_GT(first.size(), 10u);
-        EXPECT_EQ(surface.calls, first) << a << " vs " << b << ", scale " << scale;
-    }
-}
-
-TEST_F(MeterFace, ArcsCirclesAndTicksOfEachFace) {
-    // Traditional: fan 90 -+ 110/1.8 degrees (negative: edges to the centre), scale 90 -+ 55,
-    // the full scale's outer line broken from 90+11 to 90+16.5, its ticks long and short in
-    // turn. Circular, about (0, 600): disc, hub ring and, on the full scale, the ring at 550.
+TEST_F(MeterFace, ArcsCirclesAndTicksOfEachFaceAndItsTwinType) {
+    // Traditional (1, drawn as 2): fan 90 -+ 110/1.8 degrees (negative: edges to the centre),
+    // scale 90 -+ 55, the full scale's outer line broken from 90+11 to 90+16.5, its ticks long
+    // and short in turn. Circular (0, drawn as 3), about (0, 600): disc, hub ring and, on the
+    // full scale, the ring at 550.
     const Polar full{{1110, -28889, -151111},
                      {1020, 35000, 145000},
                      {1070, 35000, 101000},
@@ -85,7 +76,10 @@ TEST_F(MeterFace, ArcsCirclesAndTicksOfEachFace) {
          {0, 1, {}, {575, 35}, 16, 0, 22.5, 535, 560}};
     for (const auto& [dial, scale, arcs, radii, n, first, step, fromR, toR] : cases) {
         SCOPED_TRACE(std::to_string(dial) + "/" + std::to_string(scale));
+        draw(dial ? 2 : 3, scale);
+        const auto twin = surface.calls;
         draw(dial, scale);
+        EXPECT_EQ(surface.calls, twin);
         Polar gotArcs, want;
         for (const SurfaceCall& a : surface.of(SurfaceOp::Arc)) {
             gotArcs.emplace_back(std::lround(a.radius), mdeg(a.start), mdeg(a.end));
@@ -121,19 +115,15 @@ TEST_F(MeterFace, ArcsCirclesAndTicksOfEachFace) {
 TEST_F(MeterFace, UnknownTypesOnlyClearButReadoutsAndClockFollow) {
     // During playback the clock shows the recording's start plus the elapsed position,
     // without seconds, and stays as it is when the recording has no start time.
-    const char* now = "Clock(13,5,42,2024-2-29)";
     const std::tuple<int, int, int, int, std::int64_t, int, const char*> cases[] = {
-        {4, 0, lv::kRunLive, 0, 0, 1000, now},
-        {-1, 1, lv::kRunRecording, 0, 0, 1000, now},
+        {4, 0, lv::kRunLive, 0, 0, 1000, "Clock(13,5,42,2024-2-29)"},
         {1, 2, lv::kRunPlayback, 0, 5000, 1000, nullptr},
         {0, -1, lv::kRunPlayback, 47130, 125 * 44100 + 44099, 44100, "Clock(13,7,0,2024-2-29)"},
         {4, 0, lv::kRunPlayback, 3599, 59999, 1000, "Clock(1,0,0,2024-2-29)"}};
     for (auto [dial, scale, mode, start, pos, units, shown] : cases) {
         st.RunMode = static_cast<std::int16_t>(mode);
         st.ShownStatus = "Input OK";
-        clock.startTimeSecs = start;
-        clock.playPosition = pos;
-        clock.unitsPerSecond = units;
+        clock = {{13, 5, 42, {2024, 2, 29}}, pos, units, start};
         draw(dial, scale);
         EXPECT_EQ(surface.ops(), std::vector{SurfaceOp::Clear}) << dial << "/" << scale;
         EXPECT_EQ(std::pair(surface.calls[0].state.back, ps.redraw),
@@ -145,11 +135,9 @@ TEST_F(MeterFace, UnknownTypesOnlyClearButReadoutsAndClockFollow) {
 }
 
 TEST_F(MeterFace, NeedlePointsAlongItsValueFromRadius500To1000) {
-    const double h = 1000 * std::numbers::sqrt2 / 2;  // outer ends; the inner is half-way
-    const std::tuple<std::int32_t, double, double> cases[] = {{0, 0, 1000},       {16384, 1000, 0},
-                                                              {-16384, -1000, 0}, {32768, 0, -1000},
-                                                              {8192, h, h},       {-8192, -h, h}};
-    for (auto [value, x, y] : cases) {
+    const double h = 1000 * std::numbers::sqrt2 / 2;
+    for (auto [value, x, y] :
+         {std::tuple{0, 0.0, 1000.0}, {16384, 1000, 0}, {32768, 0, -1000}, {-8192, -h, h}}) {
         const lv::NeedleLine n = lv::needleLine(value);
         EXPECT_NEAR(std::hypot(n.outerX - x, n.outerY - y), 0, 0.01) << value;
         EXPECT_NEAR(std::hypot(n.innerX - x / 2, n.innerY - y / 2), 0, 0.01) << value;
@@ -215,7 +203,7 @@ TEST_F(MeterFace, LampSitsOnTheHubOrInTheScaleGapSizedByThePanelWidth) {
     // Diameter: width / 50 or / 60, halves to even; -1: the line width stays.
     const double a = 0.239972, x = -std::sin(a) * 1070, y = std::cos(a) * 1070;
     const std::tuple<int, int, double, double, int> cases[] = {
-        {0, 1000, 0, 600, 20}, {3, 1025, 0, 600, 20}, {3, 1075, 0, 600, 22}, {1, 1200, x, y, 20},
+        {0, 1000, 0, 600, 20}, {3, 1075, 0, 600, 22}, {1, 1200, x, y, 20},
         {2, 630, x, y, 10},    {2, 690, x, y, 12},    {4, 1000, 0, 0, -1}};
     for (auto [dial, widthPx, cx, cy, diameter] : cases) {
         fresh();
@@ -233,12 +221,11 @@ TEST_F(MeterFace, LampSitsOnTheHubOrInTheScaleGapSizedByThePanelWidth) {
 TEST(ShadowNeedle, MixesDialAndNeedleByTwentieths) {
     using lv::rgb;
     const lv::Colour white = rgb(255, 255, 255), red = rgb(255, 0, 0), black = 0;
-    // Weights 0, 2, 4, 7, 11, 20 twentieths of the needle; halves to even (25.5, 16.5, 5.5, 27.5).
+    // Weights 0, 2, 4, 7, 11, 20 twentieths of the needle; halves to even (25.5, 16.5, 5.5).
     const std::tuple<lv::Colour, lv::Colour, int, lv::Colour> cases[] = {
         {white, red, 0, white},
         {white, red, 5, red},
         {black, white, 1, rgb(26, 26, 26)},
-        {black, rgb(40, 20, 60), 2, rgb(8, 4, 12)},
         {rgb(200, 100, 0), rgb(0, 100, 200), 3, rgb(130, 100, 70)},
         {black, rgb(30, 10, 50), 4, rgb(16, 6, 28)},
         {white, red, -1, white},

@@ -18,7 +18,6 @@ protected:
         s.setBackColour(kBlue);
         s.clear();
     }
-    // The colour at a logical point, as the window would show it.
     Colour at(float x, float y) const {
         const QPointF p = s.toPixels(x, y);
         const QColor c = s.image().pixelColor(int(p.x()), int(p.y()));
@@ -27,14 +26,14 @@ protected:
     ImageSurface s;
 };
 
+// x -1000..1000 left to right, y 1200 at the top down to -50 at the bottom.
 TEST_F(ImageSurfaceTest, PanelUnitsMapOntoThePicture) {
-    // x -1000..1000 left to right, y 1200 at the top down to -50 at the bottom.
     EXPECT_EQ(s.toPixels(-1000, 1200), QPointF(0, 0));
     EXPECT_EQ(s.toPixels(1000, -50), QPointF(400, 250));
     EXPECT_EQ(s.toPixels(0, 575), QPointF(200, 125));
 }
 
-TEST_F(ImageSurfaceTest, PieFillsOnlyBetweenItsEdges) {
+TEST_F(ImageSurfaceTest, PieAndCirclesFillOnlyWhatTheyCover) {
     // The traditional fan: 28.9 to 151.1 degrees about (0, 0), radius 1110.
     s.setFillStyle(FillStyle::Solid);
     s.setFillColour(kRed);
@@ -43,16 +42,14 @@ TEST_F(ImageSurfaceTest, PieFillsOnlyBetweenItsEdges) {
     EXPECT_EQ(at(800, 600), kRed) << "37 degrees, inside";
     EXPECT_EQ(at(900, 150), kBlue) << "9 degrees, below the right edge";
     EXPECT_EQ(at(0, 1150), kBlue) << "beyond the radius";
-}
 
-TEST_F(ImageSurfaceTest, TransparentCirclesLeaveTheirInsideAlone) {
+    s.clear();
     s.setLineWidth(3);
     s.setFillStyle(FillStyle::Transparent);
     s.circle(0, 600, 300, kGreen);
     EXPECT_EQ(at(0, 600), kBlue);
     EXPECT_EQ(at(300, 600), kGreen);
     s.setFillStyle(FillStyle::Solid);
-    s.setFillColour(kRed);
     s.circle(0, 600, 100, kGreen);
     EXPECT_EQ(at(0, 600), kRed);
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,16 @@ namespace lv {
 namespace {
 
 using Strings = std::vector<std::string>;
+const Strings kAutosave{"mnuSettingsAutoSaveOn", "mnuSettingsAutoSavePrompt",
+                        "mnuSettingsAutoSaveOff"};
+
+// Items checked together: the radio groups, else the item on its own.
+Strings groupOf(const std::string& name) {
+    for (const Strings& g : {Strings{"mnuSetBmFreezeOn", "mnuSetBmFreezeOff"},
+                             Strings{"mnuSetNeedleBDOn", "mnuSetNeedleBDOff"}, kAutosave})
+        if (std::find(g.begin(), g.end(), name) != g.end()) return g;
+    return {name};
+}
 
 // A menu bar with the program's menus, hooks that log what they were asked.
 struct Rig {
@@ -34,7 +45,7 @@ struct Rig {
         h.sensor = [this](bool remote) { fired.push_back(remote ? "remote" : "local"); };
         h.pickColour = [this](Colour current, const QString& title) {
             offered = current;
-            titles.push_back(title.toStdString());
+            titled = !title.isEmpty();
             return answer;
         };
         menus = std::make_unique<MainMenus>(&bar, store, st, h);
@@ -64,302 +75,136 @@ struct Rig {
     Strings fired;
     std::optional<Colour> answer;
     Colour offered = 0;
-    Strings titles;
+    bool titled = false;
 };
 
 TEST(MainMenus, ItemsCarryTheirNamesAndCaptions) {
     Rig r;
-    const struct {
-        const char* name;
-        int index;
-        const char* caption;
-    } items[] = {
+    const std::tuple<const char*, int, const char*> items[] = {
         {"mnuFileQuit", -1, "&Quit"},
-        {"mnuConnectionConnect", -1, "Connect"},
-        {"mnuConnectionPortComm", 0, "Ports"},
-        {"mnuSensorLocal", -1, "Local"},
-        {"mnuSensorRemote", -1, "Remote"},
         {"mnuSettingsAlertsBmSens", -1, "Body Motion Detector"},
         {"mnuSettingsBodyMotionThreshold", 3, "Coarse"},
-        {"mnuSettingsBmFreeze", -1, "Body Motion Freeze"},
-        {"mnuSetBmFreezeOff", -1, "Off"},
-        {"mnuSettingsAlertsLag", -1, "Needle Lag"},
         {"mnuSettingsLagThreshold", 4, "4/50 sec"},
-        {"mnuSettingsLagThreshold", 5, "1/10 sec"},
-        {"mnuSettingsExtSw", -1, "External Switch"},
         {"mnuSettingsExtSwMode", 1, "Needle SET"},
-        {"mnuSettingsExtSwMode", 2, "Tag"},
         {"mnuSetNeedleBD", -1, "Needle  BD Counter"},
-        {"mnuSetNeedleBDOn", -1, "On"},
-        {"mnuSettingsColorsDefault", -1, "Set Defaults"},
         {"mnuLoadSettings", -1, "&Load Settings"},
-        {"mnuSaveSettings", -1, "Save Settings"},
         {"mnuSaveSettingsAs", -1, "Save Settings &As"},
-        {"mnuSettingsAutoSave", -1, "Autosave Settings"},
-        {"mnuGraphPenWidthIndex", 1, "1"},
-        {"mnuGraphTimescaleSecs", 4, "32"},
-        {"mnuGraphHeightIndex", 5, "5"},
     };
-    for (const auto& it : items) {
-        const QAction* a = r.menus->action(it.name, it.index);
-        ASSERT_NE(a, nullptr) << it.name << " " << it.index;
-        EXPECT_EQ(a->text().toStdString(), it.caption) << it.name;
+    for (const auto& [name, index, caption] : items) {
+        const QAction* a = r.menus->action(name, index);
+        ASSERT_NE(a, nullptr) << name << " " << index;
+        EXPECT_EQ(a->text().toStdString(), caption) << name;
     }
     EXPECT_EQ(r.menus->action("mnuSettingsLagThreshold", 6), nullptr);
     EXPECT_EQ(r.menus->action("mnuNothing"), nullptr);
     EXPECT_TRUE(r.menus->action("mnuFileQuit")->shortcuts().contains(QKeySequence("Ctrl+Q")));
 
-    // The autosave items in their order, and the alert menus under Alerts.
     Strings autosave;
     for (const QAction* a : r.menus->action("mnuSettingsAutoSave")->menu()->actions())
         autosave.push_back(a->objectName().toStdString());
-    EXPECT_EQ(autosave, Strings({"mnuSettingsAutoSaveOn", "mnuSettingsAutoSavePrompt",
-                                 "mnuSettingsAutoSaveOff"}));
+    EXPECT_EQ(autosave, kAutosave);
     const QMenu* alerts = r.menus->action("mnuSettingsAlerts")->menu();
     for (const char* name : {"mnuSettingsAlertsBmSens", "mnuSettingsBmFreeze",
                              "mnuSettingsAlertsLag", "mnuSettingsExtSw", "mnuSetNeedleBD"})
         EXPECT_TRUE(alerts->actions().contains(r.menus->action(name))) << name;
 }
 
-// One click on an item: the setting it stores, the group's check marks after
-// it, and the window's hook it calls.
+// Clicks on an item: the setting it stores, whether it alone of its group is
+// checked afterwards, and the window's hook it calls once per click.
 TEST(MainMenus, ClickStoresCheckMarksAndTellsTheWindow) {
-    using Read = std::function<std::string(const SettingsStore&, const MeterState&)>;
-    const Read lag = [](auto& s, auto& st) {
-        return std::to_string(s.values.DataLag_Index) + " limit " + std::to_string(st.LagLimit);
+    using Read = std::function<std::string(const SettingsStore&)>;
+    const auto v = [](auto member) -> Read {
+        return [member](const SettingsStore& s) {
+            std::ostringstream o;
+            o << s.values.*member;
+            return o.str();
+        };
     };
-    const Read freeze = [](auto& s, auto&) { return std::to_string(s.values.FreezeEnable); };
-    const Read bd = [](auto& s, auto&) { return std::to_string(s.values.NeedleBdEnable); };
-    const Read autosave = [](auto& s, auto&) { return std::to_string(s.AutoSaveMode); };
-    const Read invert = [](auto& s, auto&) { return std::to_string(s.values.GraphInvert); };
-    const Strings freezeItems{"mnuSetBmFreezeOn", "mnuSetBmFreezeOff"};
-    const Strings bdItems{"mnuSetNeedleBDOn", "mnuSetNeedleBDOff"};
-    const Strings autosaveItems{"mnuSettingsAutoSaveOn", "mnuSettingsAutoSavePrompt",
-                                "mnuSettingsAutoSaveOff"};
+    const Read autosave = [](const SettingsStore& s) { return std::to_string(s.AutoSaveMode); };
     const struct {
         const char* name;
-        int index;
-        int clicks;
+        int index, clicks;
         Read read;
-        std::string stored;
-        Strings group;
-        Strings checked;
-        Strings fired;
+        const char* stored;
+        bool checked;
+        const char* fired;
     } rows[] = {
-        {"mnuSettingsLagThreshold",
-         5,
-         1,
-         lag,
-         "5 limit 5",
-         {"mnuSettingsLagThreshold"},
-         {"mnuSettingsLagThreshold#5"},
-         {}},
-        // Clicking the item already chosen keeps its check mark.
-        {"mnuSettingsLagThreshold",
-         2,
-         1,
-         lag,
-         "2 limit 2",
-         {"mnuSettingsLagThreshold"},
-         {"mnuSettingsLagThreshold#2"},
-         {}},
-        {"mnuSettingsBodyMotionThreshold",
-         3,
-         1,
-         [](auto& s, auto&) { return std::to_string(s.values.BM_Threshold_Index); },
-         "3",
-         {"mnuSettingsBodyMotionThreshold"},
-         {"mnuSettingsBodyMotionThreshold#3"},
-         {}},
-        {"mnuSetBmFreezeOn", -1, 1, freeze, "1", freezeItems, {"mnuSetBmFreezeOn"}, {}},
-        {"mnuSetBmFreezeOff", -1, 1, freeze, "0", freezeItems, {"mnuSetBmFreezeOff"}, {}},
-        {"mnuSettingsExtSwMode",
-         2,
-         1,
-         [](auto& s, auto&) { return std::to_string(s.values.SwitchMode_Index); },
-         "2",
-         {"mnuSettingsExtSwMode"},
-         {"mnuSettingsExtSwMode#2"},
-         {"relayout"}},
-        {"mnuSetNeedleBDOn", -1, 1, bd, "1", bdItems, {"mnuSetNeedleBDOn"}, {}},
-        {"mnuSetNeedleWidth",
-         8,
-         1,
-         [](auto& s, auto&) { return std::to_string(s.values.Needle_Width); },
-         "8",
-         {"mnuSetNeedleWidth"},
-         {"mnuSetNeedleWidth#8"},
-         {"redrawPanel"}},
-        {"mnuSetColShadow",
-         0,
-         1,
-         [](auto& s, auto&) { return std::to_string(s.values.ShadowNeedleColor_Index); },
-         "0",
-         {"mnuSetColShadow"},
-         {"mnuSetColShadow#0"},
-         {"redrawPanel"}},
-        {"mnuGraphHeightIndex",
-         5,
-         1,
-         [](auto& s, auto&) { return s.values.GraphHeight_Index; },
-         "5",
-         {"mnuGraphHeightIndex"},
-         {"mnuGraphHeightIndex#5"},
-         {"relayout"}},
-        {"mnuGraphPenWidthIndex",
-         3,
-         1,
-         [](auto& s, auto&) { return s.values.GraphPenWidth_Index; },
-         "3",
-         {"mnuGraphPenWidthIndex"},
-         {"mnuGraphPenWidthIndex#3"},
-         {"reinitChart"}},
-        {"mnuGraphTimescaleSecs",
-         3,
-         1,
-         [](auto& s, auto&) { return s.values.GraphTimescale; },
-         "24",
-         {"mnuGraphTimescaleSecs"},
-         {"mnuGraphTimescaleSecs#3"},
-         {"reinitChart"}},
-        {"mnuGraphInvert",
-         -1,
-         1,
-         invert,
-         "1",
-         {"mnuGraphInvert"},
-         {"mnuGraphInvert"},
-         {"reinitChart"}},
-        {"mnuGraphInvert",
-         -1,
-         2,
-         invert,
-         "0",
-         {"mnuGraphInvert"},
-         {},
-         {"reinitChart", "reinitChart"}},
-        {"mnuGraphGridX",
-         -1,
-         1,
-         [](auto& s, auto&) { return std::to_string(s.values.GridX); },
-         "1",
-         {"mnuGraphGridX"},
-         {"mnuGraphGridX"},
-         {"reinitChart"}},
-        {"mnuGraphGridY",
-         -1,
-         1,
-         [](auto& s, auto&) { return std::to_string(s.values.GridY); },
-         "1",
-         {"mnuGraphGridY"},
-         {"mnuGraphGridY"},
-         {"reinitChart"}},
-        {"mnuGraphVisible",
-         -1,
-         1,
-         [](auto& s, auto&) { return std::to_string(s.values.GraphVisible); },
-         "1",
-         {"mnuGraphVisible"},
-         {"mnuGraphVisible"},
-         {"relayout"}},
-        {"mnuRecordVisible",
-         -1,
-         1,
-         [](auto& s, auto&) { return std::to_string(s.values.RecordVisible); },
-         "0",
-         {"mnuRecordVisible"},
-         {},
-         {"relayout"}},
-        {"mnuSettingsAutoSavePrompt",
-         -1,
-         1,
-         autosave,
-         "2",
-         autosaveItems,
-         {"mnuSettingsAutoSavePrompt"},
-         {}},
-        {"mnuSettingsAutoSaveOn",
-         -1,
-         1,
-         autosave,
-         "1",
-         autosaveItems,
-         {"mnuSettingsAutoSaveOn"},
-         {}},
-        {"mnuSettingsAutoSaveOff",
-         -1,
-         2,
-         autosave,
-         "0",
-         autosaveItems,
-         {"mnuSettingsAutoSaveOff"},
-         {}},
-        {"mnuConnectionConnect", -1, 1, autosave, "0", {}, {}, {"connect"}},
-        {"mnuSettingsMeter", -1, 1, autosave, "0", {}, {}, {"meterSetup"}},
-        {"mnuLoadSettings", -1, 1, autosave, "0", {}, {}, {"loadSettings"}},
-        {"mnuSaveSettings", -1, 1, autosave, "0", {}, {}, {"saveSettings"}},
-        {"mnuSaveSettingsAs", -1, 1, autosave, "0", {}, {}, {"saveSettingsAs"}},
-        {"mnuFileQuit", -1, 1, autosave, "0", {}, {}, {"quit"}},
+        {"mnuSettingsLagThreshold", 5, 1, v(&Settings::DataLag_Index), "5", true, ""},
+        {"mnuSettingsLagThreshold", 2, 1, v(&Settings::DataLag_Index), "2", true, ""},
+        {"mnuSettingsBodyMotionThreshold", 3, 1, v(&Settings::BM_Threshold_Index), "3", true, ""},
+        {"mnuSetBmFreezeOn", -1, 1, v(&Settings::FreezeEnable), "1", true, ""},
+        {"mnuSetBmFreezeOff", -1, 1, v(&Settings::FreezeEnable), "0", true, ""},
+        {"mnuSettingsExtSwMode", 2, 1, v(&Settings::SwitchMode_Index), "2", true, "relayout"},
+        {"mnuSetNeedleWidth", 8, 1, v(&Settings::Needle_Width), "8", true, "redrawPanel"},
+        {"mnuSetColShadow", 0, 1, v(&Settings::ShadowNeedleColor_Index), "0", true, "redrawPanel"},
+        {"mnuGraphHeightIndex", 5, 1, v(&Settings::GraphHeight_Index), "5", true, "relayout"},
+        {"mnuGraphPenWidthIndex", 3, 1, v(&Settings::GraphPenWidth_Index), "3", true,
+         "reinitChart"},
+        {"mnuGraphTimescaleSecs", 3, 1, v(&Settings::GraphTimescale), "24", true, "reinitChart"},
+        {"mnuGraphInvert", -1, 1, v(&Settings::GraphInvert), "1", true, "reinitChart"},
+        {"mnuGraphInvert", -1, 2, v(&Settings::GraphInvert), "0", false, "reinitChart"},
+        {"mnuGraphGridX", -1, 1, v(&Settings::GridX), "1", true, "reinitChart"},
+        {"mnuGraphVisible", -1, 1, v(&Settings::GraphVisible), "1", true, "relayout"},
+        {"mnuRecordVisible", -1, 1, v(&Settings::RecordVisible), "0", false, "relayout"},
+        {"mnuSettingsAutoSavePrompt", -1, 1, autosave, "2", true, ""},
+        {"mnuSettingsAutoSaveOff", -1, 2, autosave, "0", true, ""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.name) + " " + std::to_string(row.index));
         Rig r;
         for (int i = 0; i < row.clicks; ++i) r.click(row.name, row.index);
-        EXPECT_EQ(row.read(r.store, r.st), row.stored);
-        EXPECT_EQ(r.checkedAmong(row.group), row.checked);
-        EXPECT_EQ(r.fired, row.fired);
+        EXPECT_EQ(row.read(r.store), row.stored);
+        const std::string self =
+            row.index < 0 ? std::string(row.name) : row.name + ("#" + std::to_string(row.index));
+        EXPECT_EQ(r.checkedAmong(groupOf(row.name)), row.checked ? Strings{self} : Strings{});
+        EXPECT_EQ(r.fired, *row.fired ? Strings(row.clicks, row.fired) : Strings{});
     }
+    Rig lag;
+    lag.click("mnuSettingsLagThreshold", 5);
+    EXPECT_EQ(lag.st.LagLimit, 5);
+
+    const std::pair<const char*, const char*> hooks[] = {
+        {"mnuConnectionConnect", "connect"},     {"mnuSettingsMeter", "meterSetup"},
+        {"mnuLoadSettings", "loadSettings"},     {"mnuSaveSettings", "saveSettings"},
+        {"mnuSaveSettingsAs", "saveSettingsAs"}, {"mnuFileQuit", "quit"}};
+    Rig r;
+    Strings want;
+    for (const auto& [name, hook] : hooks) {
+        r.click(name);
+        want.push_back(hook);
+    }
+    EXPECT_EQ(r.fired, want);
 }
 
 // Values a hand-edited file may hold: the matching item or none is checked.
 TEST(MainMenus, SyncFromSettingsCopesWithAnyValue) {
     const struct {
         std::function<void(SettingsStore&)> set;
-        Strings group;
-        Strings checked;
+        const char* group;
+        const char* checked;
         int lagLimit;
     } rows[] = {
-        {[](auto& s) { s.values.DataLag_Index = 5; },
-         {"mnuSettingsLagThreshold"},
-         {"mnuSettingsLagThreshold#5"},
-         5},
-        {[](auto& s) { s.values.DataLag_Index = 0; }, {"mnuSettingsLagThreshold"}, {}, 1},
-        {[](auto& s) { s.values.DataLag_Index = 300; }, {"mnuSettingsLagThreshold"}, {}, 5},
-        {[](auto& s) { s.values.GraphTimescale = "24"; },
-         {"mnuGraphTimescaleSecs"},
-         {"mnuGraphTimescaleSecs#3"},
-         2},
-        {[](auto& s) { s.values.GraphTimescale = " 16 "; },
-         {"mnuGraphTimescaleSecs"},
-         {"mnuGraphTimescaleSecs#2"},
-         2},
-        {[](auto& s) { s.values.GraphTimescale = "12"; }, {"mnuGraphTimescaleSecs"}, {}, 2},
-        {[](auto& s) { s.values.GraphTimescale = "0"; }, {"mnuGraphTimescaleSecs"}, {}, 2},
-        {[](auto& s) { s.values.GraphHeight_Index = "abc"; }, {"mnuGraphHeightIndex"}, {}, 2},
-        {[](auto& s) { s.values.GraphPenWidth_Index = ""; }, {"mnuGraphPenWidthIndex"}, {}, 2},
-        {[](auto& s) { s.values.GraphPenWidth_Index = "99999"; }, {"mnuGraphPenWidthIndex"}, {}, 2},
-        {[](auto& s) { s.values.Needle_Width = 0; }, {"mnuSetNeedleWidth"}, {}, 2},
-        {[](auto& s) { s.values.Needle_Width = -4; }, {"mnuSetNeedleWidth"}, {}, 2},
-        {[](auto& s) { s.values.ShadowNeedleColor_Index = 6; }, {"mnuSetColShadow"}, {}, 2},
-        {[](auto& s) { s.values.SwitchMode_Index = 0; }, {"mnuSettingsExtSwMode"}, {}, 2},
-        {[](auto& s) { s.AutoSaveMode = 7; },
-         {"mnuSettingsAutoSaveOn", "mnuSettingsAutoSavePrompt", "mnuSettingsAutoSaveOff"},
-         {},
-         2},
-        {[](auto& s) { s.values.DialType = 99; },
-         {"mnuSettingsLagThreshold"},
-         {"mnuSettingsLagThreshold#2"},
-         2},
+        {[](auto& s) { s.values.DataLag_Index = 0; }, "mnuSettingsLagThreshold", "", 1},
+        {[](auto& s) { s.values.DataLag_Index = 300; }, "mnuSettingsLagThreshold", "", 5},
+        {[](auto& s) { s.values.GraphTimescale = "24"; }, "mnuGraphTimescaleSecs", "#3", 2},
+        {[](auto& s) { s.values.GraphTimescale = " 16 "; }, "mnuGraphTimescaleSecs", "#2", 2},
+        {[](auto& s) { s.values.GraphHeight_Index = "abc"; }, "mnuGraphHeightIndex", "", 2},
+        {[](auto& s) { s.values.GraphPenWidth_Index = "99999"; }, "mnuGraphPenWidthIndex", "", 2},
+        {[](auto& s) { s.values.Needle_Width = -4; }, "mnuSetNeedleWidth", "", 2},
+        {[](auto& s) { s.values.ShadowNeedleColor_Index = 6; }, "mnuSetColShadow", "", 2},
+        {[](auto& s) { s.AutoSaveMode = 7; }, "mnuSettingsAutoSaveOn", "", 2},
+        {[](auto& s) { s.values.DialType = 99; }, "mnuSettingsLagThreshold", "#2", 2},
     };
     for (const auto& row : rows) {
-        Rig r;  // built from the defaults, then the file's values are loaded
+        Rig r;
         row.set(r.store);
         r.st.LagLimit = 0;
         r.menus->syncFromSettings();
-        EXPECT_EQ(r.checkedAmong(row.group), row.checked) << row.group.front();
-        EXPECT_EQ(r.st.LagLimit, row.lagLimit) << row.group.front();
+        const Strings want =
+            *row.checked ? Strings{row.group + std::string(row.checked)} : Strings{};
+        EXPECT_EQ(r.checkedAmong(groupOf(row.group)), want) << row.group;
+        EXPECT_EQ(r.st.LagLimit, row.lagLimit) << row.group;
     }
-    // Built straight from such values, too.
     Rig odd([](SettingsStore& s) { s.values.GraphHeight_Index = "x"; });
     EXPECT_TRUE(odd.checkedAmong({"mnuGraphHeightIndex"}).empty());
 }
@@ -374,47 +219,33 @@ TEST(MainMenus, PortItemsShowTheAvailablePortsAndLeaveTheCheckToTheWindow) {
         return out;
     };
     EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Needle Test", "Test Audio"}));
+    EXPECT_FALSE(r.menus->action("mnuConnectSensor")->isVisible());
     r.menus->setPorts({"/dev/ttyS0", "/dev/ttyUSB0", "/tmp/lv3"}, {true, false, true}, 3);
-    EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Comm1:\t/dev/ttyS0", "Comm3:\t/tmp/lv3 *",
-                                "Needle Test", "Test Audio"}));
+    const Strings three{"Connect",     "Ports",     "Comm1:\t/dev/ttyS0", "Comm3:\t/tmp/lv3 *",
+                        "Needle Test", "Test Audio"};
+    EXPECT_EQ(shown(), three);
     EXPECT_FALSE(r.menus->action("mnuConnectionPortComm", 0)->isEnabled());
 
     r.click("mnuConnectionPortComm", 1);
     r.click("mnuConnectionPortComm", 3);
     EXPECT_EQ(r.fired, Strings({"port 1", "port 3"}));
-    EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Comm1:\t/dev/ttyS0", "Comm3:\t/tmp/lv3 *",
-                                "Needle Test", "Test Audio"}));
+    EXPECT_EQ(shown(), three);
 
     // A later scan with fewer ports hides the rest; the sensor menu shows last.
     r.menus->setPorts({"/dev/ttyACM0"}, {true}, 0);
     r.menus->showSensorMenu(true);
     EXPECT_EQ(shown(), Strings({"Connect", "Ports", "Comm1:\t/dev/ttyACM0", "Sensor", "Needle Test",
                                 "Test Audio"}));
-}
-
-TEST(MainMenus, SensorChoiceGoesToTheWindowAndLeavesBothUnchecked) {
-    Rig r;
-    EXPECT_FALSE(r.menus->action("mnuConnectSensor")->isVisible());
-    r.menus->showSensorMenu(true);
-    EXPECT_TRUE(r.menus->action("mnuConnectSensor")->isVisible());
-    const struct {
-        const char* name;
-        const char* fired;
-    } rows[] = {{"mnuSensorRemote", "remote"}, {"mnuSensorLocal", "local"}};
-    for (const auto& row : rows) {
-        r.fired.clear();
-        r.click(row.name);
-        EXPECT_EQ(r.fired, Strings({row.fired}));
-        EXPECT_TRUE(r.checkedAmong({"mnuSensorLocal", "mnuSensorRemote"}).empty()) << row.name;
-    }
+    // The sensor choice goes to the window; neither item keeps a check mark.
+    r.fired.clear();
+    r.click("mnuSensorRemote");
+    r.click("mnuSensorLocal");
+    EXPECT_EQ(r.fired, Strings({"remote", "local"}));
+    EXPECT_TRUE(r.checkedAmong({"mnuSensorLocal", "mnuSensorRemote"}).empty());
 }
 
 TEST(MainMenus, ColourItemsStoreThePickedColourAndRedrawWhatShowsIt) {
-    const struct {
-        const char* name;
-        Colour Settings::*member;
-        const char* fired;
-    } rows[] = {
+    const std::tuple<const char*, Colour Settings::*, const char*> rows[] = {
         {"mnuSetColDial", &Settings::Dial_Color, "redrawPanel"},
         {"mnuSetColPanel", &Settings::Panel_Color, "redrawPanel"},
         {"mnuSetColScale", &Settings::Scale_Color, "redrawPanel"},
@@ -432,22 +263,21 @@ TEST(MainMenus, ColourItemsStoreThePickedColourAndRedrawWhatShowsIt) {
     // Every colour distinct, so a mixed-up item offers or stores the wrong one.
     auto distinct = [&](SettingsStore& s) {
         Colour c = 0x010101;
-        for (const auto& row : rows) s.values.*row.member = c++;
+        for (const auto& row : rows) s.values.*std::get<1>(row) = c++;
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, member, hook] : rows) {
         Rig r(distinct);
-        const Settings before = r.store.values;
-        r.click(row.name);  // cancelled
-        EXPECT_EQ(r.offered, before.*row.member) << row.name;
-        EXPECT_TRUE(r.fired.empty()) << row.name;
+        Settings want = r.store.values;
+        r.click(name);  // cancelled
+        EXPECT_EQ(r.offered, want.*member) << name;
+        EXPECT_TRUE(r.fired.empty()) << name;
         r.answer = rgb(12, 34, 56);
-        r.click(row.name);
-        Settings want = before;
-        want.*row.member = rgb(12, 34, 56);
+        r.click(name);
+        want.*member = rgb(12, 34, 56);
         for (const auto& other : rows)
-            EXPECT_EQ(r.store.values.*other.member, want.*other.member) << row.name;
-        EXPECT_EQ(r.fired, Strings({row.fired}));
-        EXPECT_FALSE(r.titles.front().empty());
+            EXPECT_EQ(r.store.values.*std::get<1>(other), want.*std::get<1>(other)) << name;
+        EXPECT_EQ(r.fired, Strings{hook});
+        EXPECT_TRUE(r.titled);
     }
 }
 
@@ -455,17 +285,13 @@ TEST(MainMenus, SetDefaultsResetsTheColoursOnly) {
     Rig r([](SettingsStore& s) {
         s.values.Dial_Color = 1;
         s.values.GraphGrid_Color = 2;
-        s.values.Text_Color = 3;
         s.values.ShadowNeedleColor_Index = 4;
         s.values.Needle_Width = 7;
     });
-    ASSERT_EQ(r.checkedAmong({"mnuSetColShadow"}), Strings({"mnuSetColShadow#4"}));
     r.click("mnuSettingsColorsDefault");
     const Settings defaults;
     EXPECT_EQ(r.store.values.Dial_Color, defaults.Dial_Color);
     EXPECT_EQ(r.store.values.GraphGrid_Color, defaults.GraphGrid_Color);
-    EXPECT_EQ(r.store.values.Text_Color, defaults.Text_Color);
-    EXPECT_EQ(r.store.values.ShadowNeedleColor_Index, defaults.ShadowNeedleColor_Index);
     EXPECT_EQ(r.store.values.Needle_Width, 7);
     EXPECT_EQ(r.checkedAmong({"mnuSetColShadow"}),
               Strings({"mnuSetColShadow#" + std::to_string(defaults.ShadowNeedleColor_Index)}));

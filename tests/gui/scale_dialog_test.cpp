@@ -24,8 +24,7 @@ struct ScaleDialogTest : ::testing::Test {
     static T* control(const ScaleDialog& d, const char* name) {
         return d.findChild<T*>(name);
     }
-    // A click by code on "+" or "-" steps once; the stepping runs from the event loop.
-    static void click(const ScaleDialog& d, const char* name) {
+    static void click(const ScaleDialog& d, const char* name) {  // steps run from the event loop
         control(d, name)->click();
         QCoreApplication::processEvents();
     }
@@ -39,14 +38,11 @@ TEST_F(ScaleDialogTest, NamedControlsDriveTheMeter) {
     const auto d = open(1);
     EXPECT_EQ(d->objectName(), "frmScale");
     EXPECT_EQ(d->windowTitle(), "lv Dial Calibration");
-    const std::pair<const char*, const char*> buttons[] = {
-        {"cmdCycle", "Cycle"},    {"cmdUp", "+"},        {"cmdDn", "-"},
-        {"cmdReset", "Defaults"}, {"cmdSave", "Upload"}, {"cmdExit", "EXIT"},
-        {"Command2", "Terminate"}};
-    for (const auto& [name, caption] : buttons) {
-        ASSERT_NE(control(*d, name), nullptr) << name;
-        EXPECT_EQ(control(*d, name)->text(), caption);
-    }
+    QStringList captions;
+    for (const char* name :
+         {"cmdCycle", "cmdUp", "cmdDn", "cmdReset", "cmdSave", "cmdExit", "Command2"})
+        captions << control(*d, name)->text();
+    EXPECT_EQ(captions.join('|'), "Cycle|+|-|Defaults|Upload|EXIT|Terminate");
     auto* list = control<QListWidget>(*d, "lstDial");
     ASSERT_EQ(list->count(), 9);
     EXPECT_EQ(list->item(0)->text(), "200");
@@ -64,27 +60,23 @@ TEST_F(ScaleDialogTest, NamedControlsDriveTheMeter) {
 }
 
 TEST_F(ScaleDialogTest, ClosingWithValuesNotUploadedAsks) {
-    const struct {
-        bool changed;
-        const char* how;
-        Answer answer;
-    } cases[] = {{false, "EXIT", Answer::No},  {true, "EXIT", Answer::No},
-                 {true, "EXIT", Answer::Yes},  {true, "close", Answer::No},
-                 {true, "close", Answer::Yes}, {true, "Escape", Answer::No}};
+    const std::tuple<bool, std::string, Answer> cases[] = {
+        {false, "EXIT", Answer::No}, {true, "EXIT", Answer::No},   {true, "EXIT", Answer::Yes},
+        {true, "close", Answer::No}, {true, "close", Answer::Yes}, {true, "Escape", Answer::No}};
     const test::ScriptedPrompter::Question question{"Warning", "Previous values not saved, Exit?",
                                                     Buttons::YesNo, Icon::None};
-    for (const auto& c : cases) {
+    for (const auto& [changed, how, answer] : cases) {
         prompter.asked.clear();
-        prompter.answers = {c.answer};
+        prompter.answers = {answer};
         const auto d = open(0);
         d->show();
-        if (c.changed) click(*d, "cmdDn");
+        if (changed) click(*d, "cmdDn");
         QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-        if (c.how == std::string("EXIT")) control(*d, "cmdExit")->click();
-        if (c.how == std::string("close")) d->close();
-        if (c.how == std::string("Escape")) QCoreApplication::sendEvent(d.get(), &escape);
-        EXPECT_EQ(d->isVisible(), c.changed && c.answer == Answer::No) << c.how;
-        EXPECT_EQ(prompter.asked, std::vector(c.changed ? 1 : 0, question)) << c.how;
+        if (how == "EXIT") control(*d, "cmdExit")->click();
+        if (how == "close") d->close();
+        if (how == "Escape") QCoreApplication::sendEvent(d.get(), &escape);
+        EXPECT_EQ(d->isVisible(), changed && answer == Answer::No) << how;
+        EXPECT_EQ(prompter.asked, std::vector(changed ? 1 : 0, question)) << how;
     }
 }
 

@@ -14,7 +14,6 @@
 #include <sstream>
 #include <thread>
 
-#include "calibration/intel_hex.h"
 #include "device/protocol.h"
 
 namespace lv::sim {
@@ -24,16 +23,14 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
 
-// lv3sim published as "meter" in a temporary folder, with `files` written
-// there first ("@name" arguments name them). Its "READY <link>" line is
-// awaited with a deadline; it is killed and reaped at the end whatever happens.
+// lv3sim on the link "meter" in a temporary folder ("@name" arguments name
+// files there), its "READY <link>" line awaited; killed and reaped at the end.
 struct Sim {
-    explicit Sim(std::vector<std::string> args = {},
-                 const std::vector<std::pair<std::string, std::string>>& files = {}) {
+    explicit Sim(std::vector<std::string> args, const std::string& script = {}) {
         std::string pattern = (fs::temp_directory_path() / "lv3sim_XXXXXX").string();
         dir = ::mkdtemp(pattern.data());
         link = path("meter");
-        for (const auto& [name, text] : files) std::ofstream(path(name)) << text;
+        if (!script.empty()) std::ofstream(path("frames.txt")) << script;
         args.insert(args.begin(), {LV3SIM_PATH, "--link", link});
         std::vector<char*> argv;
         for (std::string& a : args) {
@@ -49,8 +46,7 @@ struct Sim {
             ::_exit(127);
         }
         ::close(out[1]);
-        // Open to the end: a meter writing to a closed pipe would die of SIGPIPE.
-        output = out[0];
+        output = out[0];  // open to the end: a meter writing to a closed pipe dies of SIGPIPE
         pollfd p{output, POLLIN, 0};
         for (char c; pid > 0 && ::poll(&p, 1, 5000) > 0 && ::read(output, &c, 1) == 1 && c != '\n';)
             firstLine += c;
@@ -79,6 +75,7 @@ struct Sim {
     }
     // The exit code; nullopt if still running after 3 s or killed.
     std::optional<int> waitExit() {
+        int status = 0;
         const auto end = Clock::now() + 3s;
         for (; pid > 0 && !reaped && Clock::now() < end; std::this_thread::sleep_for(5ms))
             reaped = ::waitpid(pid, &status, WNOHANG) == pid;
@@ -89,7 +86,7 @@ struct Sim {
     fs::path dir;
     std::string link, firstLine;
     pid_t pid = -1;
-    int output = -1, status = 0;
+    int output = -1;
     bool reaped = false;
 };
 
@@ -138,11 +135,9 @@ TEST(Lv3simProcess, AnswersStreamsStopsAndLeavesNothingForTheNextProgram) {
     ASSERT_TRUE(m.ready()) << m.firstLine;
     {
         Port port(m.link);
-        for (int i = 0; i < 2; ++i) {
-            const auto sent = port.send("V\r");
-            ASSERT_EQ(port.read(1s, true), "V,LV31,B7,3.4\r");
-            EXPECT_LT(port.pieces.back().first - sent, 250ms);
-        }
+        const auto sent = port.send("V\r");
+        ASSERT_EQ(port.read(1s, true), "V,LV31,B7,3.4\r");
+        EXPECT_LT(port.pieces.back().first - sent, 250ms);
         port.send("U\r");
         port.read(1s, true);  // up to the first frame: the count starts there
         const std::string stream = port.read(2000ms);
@@ -154,8 +149,7 @@ TEST(Lv3simProcess, AnswersStreamsStopsAndLeavesNothingForTheNextProgram) {
         EXPECT_GE(frames, 95u);
         EXPECT_LE(frames, 105u);
         // The program's probe: Q, Q, drain 0.1 s, then the line must be quiet.
-        port.send("Q\r");
-        port.send("Q\r");
+        port.send("Q\rQ\r");
         port.read(100ms);
         EXPECT_EQ(port.read(300ms), "");
         port.send("U\r");
@@ -169,30 +163,35 @@ TEST(Lv3simProcess, AnswersStreamsStopsAndLeavesNothingForTheNextProgram) {
     EXPECT_EQ(next.read(1s, true), "V,LV31,B7,3.4\r");
 }
 
-TEST(Lv3simProcess, ScriptOnceSendsExactlyTheScript) {
+TEST(Lv3simProcess, ScriptOnceSendsExactlyTheScriptAndAMuteMeterNothing) {
     Sim m({"--script", "@frames.txt", "--once"},
-          {{"frames.txt",
-            "# a bad one too\r\nP12342A5000F\n\n \t\nO00000000000\r\nP12 bad\n P0 \n"}});
+          "# a bad one too\r\nP12342A5000F\n\n \t\nO00000000000\r\nP12 bad\n P0 \n");
     ASSERT_TRUE(m.ready());
     Port port(m.link);
     port.send("U\r");
     EXPECT_EQ(port.read(500ms), "P12342A5000F\rO00000000000\rP12 bad\r P0 \r");
+
+    Sim mute({"--mute", "--log", "@log.txt"});
+    ASSERT_TRUE(mute.ready());
+    Port port2(mute.link);
+    port2.send("V\rU\r");
+    EXPECT_EQ(port2.read(400ms), "");
+    EXPECT_EQ(mute.received(), (std::vector<std::string>{"V", "U"}));
 }
 
 TEST(Lv3simProcess, LoaderTakesAnUploadAndLogsEveryLine) {
     Sim m({"--ack-split", "--fail-every=3", "--table-out", "@table.txt", "--log", "@log.txt"});
     ASSERT_TRUE(m.ready());
     Port port(m.link);
-    std::vector<std::uint8_t> first(16, 0x0A), last(16, 0xFF);
-    for (int i = 0; i < 16; i += 2) first[i] = static_cast<std::uint8_t>(i);
+    const std::string ff = "FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF";
     const std::pair<std::string, std::string> dialogue[] = {
         {"\xC2\xD4", "PASS\r"},
-        {formatExtendedLinearAddress(0), "PASS\r"},
-        {formatDataRecord(0xE000, first), "PASS\r"},
-        {":10E01000000000000000000000000000000000FF", "FAIL\r"},
-        {formatDataRecord(0xE100, last), "FAIL\r"},  // the third HEX line: refused
-        {formatDataRecord(0xFFF0, last), "PASS\r"},
-        {formatEndOfFile(), "PASS\r"},
+        {":020000040000FA", "PASS\r"},
+        {":10E00000000A020A040A060A080A0A0A0C0A0E0A88", "PASS\r"},
+        {":10E01000000000000000000000000000000000FF", "FAIL\r"},  // bad checksum
+        {":10E10000" + ff + "1F", "FAIL\r"},                      // the third HEX line: refused
+        {":10FFF000" + ff + "11", "PASS\r"},
+        {":00000001FF", "PASS\r"},
     };
     port.send("H\r");
     EXPECT_EQ(port.read(200ms), "");  // the program drains for 0.2 s
@@ -209,35 +208,12 @@ TEST(Lv3simProcess, LoaderTakesAnUploadAndLogsEveryLine) {
     for (int k = 0; k < 4096; ++k)
         table += std::to_string(k < 8 ? 0x0A00 + 2 * k : k < 4088 ? k : 0xFFFF) + "\n";
     EXPECT_EQ(m.text("table.txt"), table);
-
     std::vector<std::string> expected = {"H", "\\xC2\\xD4"};
     for (std::size_t i = 1; i < std::size(dialogue); ++i) expected.push_back(dialogue[i].first);
     EXPECT_EQ(m.received(), expected);
 }
 
-TEST(Lv3simProcess, MuteMeterReadsButNeverAnswers) {
-    Sim m({"--mute", "--log", "@log.txt"});
-    ASSERT_TRUE(m.ready());
-    Port port(m.link);
-    port.send("V\rU\r");
-    EXPECT_EQ(port.read(400ms), "");
-    EXPECT_EQ(m.received(), (std::vector<std::string>{"V", "U"}));
-}
-
-TEST(Lv3simProcess, EndsCleanlyAndRemovesItsLink) {
-    const std::pair<int, std::vector<std::string>> cases[] = {
-        {SIGTERM, {}}, {SIGINT, {}}, {0, {"--exit-after", "0.3"}}};
-    for (const auto& [sig, args] : cases) {
-        Sim m(args);
-        ASSERT_TRUE(m.ready());
-        ASSERT_TRUE(fs::is_symlink(m.link));
-        if (sig) ::kill(m.pid, sig);
-        EXPECT_EQ(m.waitExit(), 0) << "signal " << sig;
-        EXPECT_FALSE(fs::is_symlink(m.link)) << "signal " << sig;
-    }
-}
-
-TEST(Lv3simProcess, ExitCodesForHelpAndBadOptions) {
+TEST(Lv3simProcess, ExitCodesAndCleanEnds) {
     const std::pair<std::vector<std::string>, int> cases[] = {
         {{"--help"}, 0},
         {{"--burst", "0"}, 2},
@@ -245,6 +221,17 @@ TEST(Lv3simProcess, ExitCodesForHelpAndBadOptions) {
         {{"--stall-for=1"}, 2},
         {{"--script", "/nonexistent/frames"}, 2}};
     for (const auto& [args, code] : cases) EXPECT_EQ(Sim(args).waitExit(), code) << args[0];
+    // Ended by a signal or after its time, it removes its link.
+    const std::pair<int, std::vector<std::string>> ends[] = {
+        {SIGTERM, {}}, {SIGINT, {}}, {0, {"--exit-after", "0.3"}}};
+    for (const auto& [sig, args] : ends) {
+        Sim m(args);
+        ASSERT_TRUE(m.ready());
+        ASSERT_TRUE(fs::is_symlink(m.link));
+        if (sig) ::kill(m.pid, sig);
+        EXPECT_EQ(m.waitExit(), 0) << "signal " << sig;
+        EXPECT_FALSE(fs::is_symlink(m.link)) << "signal " << sig;
+    }
 }
 
 }  // namespace

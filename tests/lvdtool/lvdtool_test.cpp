@@ -1,14 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include "lvdtool/lvd_report.h"
 #include "lvdtool/lvd_synth.h"
 #include "recording/lvd_file.h"
-#include "recording/start_stamp.h"
+#include "support/temp_dir.h"
 
 namespace lv::tool {
 namespace {
@@ -17,63 +17,31 @@ namespace fs = std::filesystem;
 
 class LvdToolTest : public ::testing::Test {
 protected:
-    LvdToolTest()
-        : dir(fs::temp_directory_path() / ("lvdtool-test-" + std::to_string(::getpid()))) {
-        fs::create_directories(dir);
-    }
-    ~LvdToolTest() override { fs::remove_all(dir); }
-
-    // Runs the real tool; returns its exit status and what it printed.
-    int run(const std::string& args, std::string* out = nullptr) {
-        const std::string cmd = std::string(LVDTOOL_PATH) + " " + args + " 2>&1";
-        FILE* pipe = ::popen(cmd.c_str(), "r");
-        std::string text;
+    // Runs the real tool; returns its exit status, and what it printed in `out`.
+    int run(const std::string& args) {
+        FILE* pipe = ::popen((std::string(LVDTOOL_PATH) + " " + args + " 2>&1").c_str(), "r");
+        out.clear();
         char buf[4096];
-        while (std::size_t n = std::fread(buf, 1, sizeof buf, pipe)) text.append(buf, n);
-        const int status = ::pclose(pipe);
-        if (out) *out = text;
-        return WEXITSTATUS(status);
+        while (std::size_t n = std::fread(buf, 1, sizeof buf, pipe)) out.append(buf, n);
+        return WEXITSTATUS(::pclose(pipe));
     }
-    std::string path(const std::string& name) const { return (dir / name).string(); }
+    std::string path(const std::string& name) const { return dir.file(name); }
 
-    fs::path dir;
+    test::TempDir dir{"lvdtool_test"};
+    std::string out;
 };
 
-TEST_F(LvdToolTest, SynthesisedRecordingsReadBackThroughTheProgramsLoader) {
-    const auto records = synthRecords(30, 0, 9);
-    ASSERT_EQ(records.size(), 1500u);
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        ASSERT_EQ(records[i].TimeMs, static_cast<std::int32_t>(20 * (i + 1)));
-        ASSERT_TRUE(isValidFrameType(records[i].FrameType));
-        ASSERT_EQ(dialTypeOf(records[i].StatusFlags), 0);
-        ASSERT_GE(records[i].NeedlePos, -10500);
-        ASSERT_LE(records[i].NeedlePos, 10500);
-    }
-    EXPECT_EQ(records.front().NeedlePos, -2503) << "the first sample rests on the reference";
-
-    const StartStamp stamp{45296, 9000, 1, 1};  // 12:34:56 on day 9000
-    ASSERT_TRUE(saveLvdRecords(path("s.lvd"), records, stamp).saved);
-    const auto rec = loadRecording(path("s.lvd"));
-    ASSERT_TRUE(rec.ok) << rec.message;
-    std::ostringstream info;
-    writeInfo(rec, info);
-    EXPECT_EQ(info.str(),
-              "records: 1500\ntotal_ms: 30000\nstart_time: 12:34:56\ndate: 2024-08-21\n"
-              "dial_type: 0\nverdict: valid\n");
-}
-
+// Base code 82 is (41 + 8) / 20 = 2.45, BD 1000 tenths shows "100", a
+// negative reading is the meter's 0..65535 value.
 TEST_F(LvdToolTest, CsvShowsWhatTheDialShows) {
-    // Two records made by hand: Base code 82 is (41 + 8) / 20 = 2.45, BD 1000
-    // tenths shows "100", a negative reading is the meter's 0..65535 value.
-    lvdRecord a;
-    a.TimeMs = 20;
-    a.RawData = -1;
-    a.NeedlePos = -2503;
-    a.BdCount = 1000;
-    a.BaseCode = 82;
-    a.Sensitivity = 36;
-    a.StatusFlags = packStatusFlags(2, false, true, 3);
-    a.FrameType = 'O';
+    lvdRecord a{.TimeMs = 20,
+                .RawData = -1,
+                .NeedlePos = -2503,
+                .BdCount = 1000,
+                .BaseCode = 82,
+                .Sensitivity = 36,
+                .StatusFlags = packStatusFlags(2, false, true, 3),
+                .FrameType = 'O'};
     lvdRecord b = a;
     b.TimeMs = 40;
     b.RawData = 1234;
@@ -86,79 +54,69 @@ TEST_F(LvdToolTest, CsvShowsWhatTheDialShows) {
     ASSERT_TRUE(saveLvdRecords(path("h.lvd"), records, std::nullopt).saved);
     const auto rec = loadRecording(path("h.lvd"));
     ASSERT_TRUE(rec.ok) << rec.message;
-
-    std::ostringstream csv, json;
+    std::ostringstream csv, json, info;
     writeRecords(rec.buffer, RecordFormat::Csv, csv);
     writeRecords(rec.buffer, RecordFormat::JsonLines, json);
-    std::istringstream lines(csv.str());
-    std::string header, first, second;
-    std::getline(lines, header);
-    std::getline(lines, first);
-    std::getline(lines, second);
     EXPECT_EQ(
-        header,
-        "index,time_ms,raw,needle,bd,base_code,base,sensitivity,lamp,bd_flag,dial_type,frame");
-    EXPECT_EQ(first, "1,20,65535,-2503,100,82,2.45,36,2,1,3,O");
-    EXPECT_EQ(second, "2,40,1234,-2503,1.5,245,6.5,36,0,0,3,P");
+        csv.str().substr(0, csv.str().find("\n3,")),
+        "index,time_ms,raw,needle,bd,base_code,base,sensitivity,lamp,bd_flag,dial_type,frame\n"
+        "1,20,65535,-2503,100,82,2.45,36,2,1,3,O\n2,40,1234,-2503,1.5,245,6.5,36,0,0,3,P");
     EXPECT_EQ(json.str().substr(0, json.str().find('\n')),
-              "{\"index\":1,\"time_ms\":20,\"raw\":65535,\"needle\":-2503,\"bd\":\"100\",\"base_"
-              "code\":82,"
-              "\"base\":\"2.45\",\"sensitivity\":36,\"lamp\":2,\"bd_flag\":true,\"dial_type\":3,"
-              "\"frame\":\"O\"}");
-
-    std::ostringstream info;
+              "{\"index\":1,\"time_ms\":20,\"raw\":65535,\"needle\":-2503,\"bd\":\"100\","
+              "\"base_code\":82,\"base\":\"2.45\",\"sensitivity\":36,\"lamp\":2,\"bd_flag\":true,"
+              "\"dial_type\":3,\"frame\":\"O\"}");
     writeInfo(rec, info);
     EXPECT_NE(info.str().find("start_time: none\ndate: 1999-12-31\n"), std::string::npos);
 }
 
 TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
-    std::string out;
+    const auto records = synthRecords(30, 0, 9);
+    ASSERT_EQ(records.size(), 1500u);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        ASSERT_EQ(records[i].TimeMs, static_cast<std::int32_t>(20 * (i + 1)));
+        ASSERT_TRUE(isValidFrameType(records[i].FrameType));
+        ASSERT_LE(std::abs(records[i].NeedlePos), 10500);
+    }
+    EXPECT_EQ(records.front().NeedlePos, -2503) << "the first sample rests on the reference";
+
     ASSERT_EQ(run("synth " + path("r.lvd") +
-                      " --seconds 12 --dial-type 2 --seed 4 --start '2025-01-02 03:04:05'",
-                  &out),
+                  " --seconds 12 --dial-type 2 --seed 4 --start '2025-01-02 03:04:05'"),
               0)
         << out;
-    EXPECT_EQ(run("info " + path("r.lvd"), &out), 0);
-    EXPECT_NE(
-        out.find(
-            "records: 600\ntotal_ms: 12000\nstart_time: 03:04:05\ndate: 2025-01-02\ndial_type: 2"),
-        std::string::npos)
-        << out;
+    EXPECT_EQ(run("info " + path("r.lvd")), 0);
+    EXPECT_EQ(out,
+              "records: 600\ntotal_ms: 12000\nstart_time: 03:04:05\ndate: 2025-01-02\n"
+              "dial_type: 2\nverdict: valid\n");
     EXPECT_EQ(run("csv " + path("r.lvd") + " -o " + path("r.csv")), 0);
     std::ifstream csv(path("r.csv"));
-    int lines = 0;
-    for (std::string line; std::getline(csv, line);) ++lines;
-    EXPECT_EQ(lines, 601);
-    EXPECT_EQ(run("plot " + path("r.lvd") + " -o " + path("r.png"), &out), 0) << out;
+    EXPECT_EQ(std::count(std::istreambuf_iterator<char>(csv), {}, '\n'), 601);
+    EXPECT_EQ(run("plot " + path("r.lvd") + " -o " + path("r.png")), 0) << out;
     EXPECT_GT(fs::file_size(path("r.png")), 1000u);
 
     std::ofstream(path("empty.lvd")).close();
-    {
-        std::ifstream whole(path("r.lvd"), std::ios::binary);
-        std::string bytes((std::istreambuf_iterator<char>(whole)), {});
-        std::ofstream(path("short.lvd"), std::ios::binary) << bytes.substr(0, 99);
-        bytes[19 + 40] = 'X';  // record 3's frame letter
-        std::ofstream(path("corrupt.lvd"), std::ios::binary) << bytes;
-    }
-    struct Case {
+    std::ifstream whole(path("r.lvd"), std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(whole)), {});
+    std::ofstream(path("short.lvd"), std::ios::binary) << bytes.substr(0, 99);
+    bytes[19 + 40] = 'X';  // record 3's frame letter
+    std::ofstream(path("corrupt.lvd"), std::ios::binary) << bytes;
+    const struct {
         std::string args;
         int status;
         const char* says;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"info " + path("missing.lvd"), 1, "File Not Found"},
         {"info " + path("empty.lvd"), 1, "Incompatible file format"},
         {"csv " + path("short.lvd"), 1,
          "This file is corrupt or needs to be converted to version 2 format."},
         {"plot " + path("corrupt.lvd") + " -o " + path("c.png"), 1, "Incompatible file format"},
-        {"info " + dir.string(), 1, "folder"},
+        {"info " + dir.path().string(), 1, "folder"},
         {"info", 2, "Usage"},
         {"frobnicate", 2, "unknown command"},
         {"synth " + path("x.lvd"), 2, "--seconds"},
         {"synth " + path("x.lvd") + " --seconds -5", 2, "whole number"},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(run(c.args, &out), c.status) << c.args;
+    for (const auto& c : cases) {
+        EXPECT_EQ(run(c.args), c.status) << c.args;
         EXPECT_NE(out.find(c.says), std::string::npos) << c.args << "\n" << out;
     }
     EXPECT_FALSE(fs::exists(path("c.png")));

