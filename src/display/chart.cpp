@@ -86,12 +86,19 @@ std::int16_t chartStepsPerSample(const std::string& timescale) {
 }
 
 std::int16_t chartGainIndex(std::int16_t graphGain, int sensPos) {
-    const auto& table = SensTable();
-    const int pos = std::clamp(sensPos, 0, 63);
-    const double knobGain = vbVal(table[static_cast<std::size_t>(pos)]) / kKnobGainPerLabel;
-    const int row = knobGain > 0
-                        ? static_cast<int>(std::lround(std::log2(knobGain / kKnobLabelAtFirstRow)))
-                        : 0;
+    // Worked out once for the 64 knob positions: this runs with every sample.
+    static const std::array<int, 64> knobRows = [] {
+        std::array<int, 64> rows{};
+        for (std::size_t pos = 0; pos < rows.size(); ++pos) {
+            const double knobGain = vbVal(SensTable()[pos]) / kKnobGainPerLabel;
+            rows[pos] =
+                knobGain > 0
+                    ? static_cast<int>(std::lround(std::log2(knobGain / kKnobLabelAtFirstRow)))
+                    : 0;
+        }
+        return rows;
+    }();
+    const int row = knobRows[static_cast<std::size_t>(std::clamp(sensPos, 0, 63))];
     return static_cast<std::int16_t>(std::clamp(row + graphGain, 0, int(kGains.size()) - 1));
 }
 
