@@ -216,6 +216,7 @@ TEST(Lv3simProcess, LoaderTakesAnUploadAndLogsEveryLine) {
 TEST(Lv3simProcess, ExitCodesAndCleanEnds) {
     const std::pair<std::vector<std::string>, int> cases[] = {
         {{"--help"}, 0},
+        {{"--version"}, 0},
         {{"--burst", "0"}, 2},
         {{"--once"}, 2},
         {{"--stall-for=1"}, 2},

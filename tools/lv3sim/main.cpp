@@ -40,6 +40,10 @@ int main(int argc, char** argv) {
         std::fputs(helpText().c_str(), stdout);
         return 0;
     }
+    if (parsed.options.version) {
+        std::printf("lv3sim %s\n", LV_VERSION);
+        return 0;
+    }
     if (!parsed.error.empty()) return usageError(parsed.error);
     const Options& options = parsed.options;
 

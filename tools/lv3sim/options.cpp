@@ -118,6 +118,7 @@ const std::map<std::string_view, std::function<void(Options&)>>& flagOptions() {
         {"--mute", [](Options& o) { o.mute = true; }},
         {"--help", [](Options& o) { o.help = true; }},
         {"-h", [](Options& o) { o.help = true; }},
+        {"--version", [](Options& o) { o.version = true; }},
     };
     return flags;
 }
@@ -168,7 +169,7 @@ ParsedOptions parseOptions(const std::vector<std::string_view>& args) {
             return result;
         }
     }
-    if (!o.help) result.error = crossCheck(o, sawOnce);
+    if (!o.help && !o.version) result.error = crossCheck(o, sawOnce);
     return result;
 }
 
@@ -218,6 +219,7 @@ Other:
                        ("12.345678 V"); control bytes appear as \xNN; events
                        of the meter appear on lines starting with "#"
   --help, -h           show this text
+  --version            show the version
 )";
 }
 

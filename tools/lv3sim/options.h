@@ -41,6 +41,7 @@ struct Options {
     bool mute = false;
 
     bool help = false;
+    bool version = false;
 };
 
 struct ParsedOptions {

@@ -30,7 +30,8 @@ constexpr const char* kUsage =
     "  synth OUT.lvd --seconds N      write a lifelike recording\n"
     "\n"
     "'lvdtool COMMAND --help' describes a command. Exit status: 0 done, 1 the file\n"
-    "is missing or not a valid recording, 2 the command line is wrong.\n";
+    "is missing or not a valid recording, 2 the command line is wrong.\n"
+    "'lvdtool --version' shows the version.\n";
 
 constexpr const char* kInfoHelp =
     "Usage: lvdtool info FILE\n"
@@ -238,6 +239,10 @@ int main(int argc, char** argv) {
     const std::string cmd = argv[1];
     if (cmd == "--help" || cmd == "-h" || cmd == "help") {
         std::fputs(kUsage, stdout);
+        return 0;
+    }
+    if (cmd == "--version") {
+        std::printf("lvdtool %s\n", LV_VERSION);
         return 0;
     }
     if (cmd == "info") return cmdInfo(argc, argv);
