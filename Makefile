@@ -5,7 +5,7 @@
 
 JOBS ?= $(shell nproc)
 
-.PHONY: run test deps build asan-test fuzz-smoke bench clean
+.PHONY: run test deps build package asan-test fuzz-smoke bench clean
 
 deps:
 	scripts/install-deps.sh build
@@ -19,6 +19,13 @@ run: build
 
 test: build
 	ctest --preset default -j $(JOBS)
+
+# build/lv-analog_<version>_amd64.deb, checked by lintian.
+package: build
+	scripts/install-deps.sh package
+	rm -f build/lv-analog_*_amd64.deb
+	cmake --build --preset default --target package
+	lintian --fail-on error build/lv-analog_*_amd64.deb
 
 asan-test: deps
 	cmake --preset asan

@@ -43,11 +43,17 @@ guide="lv3 Prime User Guide V1.0.pdf"
 share="$prefix/bin/../share/lv_Analog"   # as findResource looks beside bin/
 
 # Exactly these files, nothing more (no libraries, headers or test programs).
+# The man pages are made only where help2man is installed.
+man_pages=()
+[ -d "$build/man" ] && man_pages=(share/man/man1/{lv3sim,lvdtool,lv_Analog}.1.gz)
 expected=$(printf '%s\n' \
     "bin/lv3sim" "bin/lvdtool" "bin/lv_Analog" \
     "share/applications/lv_Analog.desktop" \
     "share/icons/hicolor/scalable/apps/lv_Analog.svg" \
-    "share/lv_Analog/$guide" "share/lv_Analog/dummy.mp3" | sort)
+    "share/lv_Analog/$guide" "share/lv_Analog/dummy.mp3" \
+    "share/metainfo/lv_Analog.metainfo.xml" "share/mime/packages/lv_Analog.xml" \
+    "share/doc/lv-analog/copyright" "share/doc/lv-analog/changelog.Debian.gz" \
+    "${man_pages[@]}" | sort)
 installed=$(cd "$prefix" && find . -type f -o -type l | sed 's|^\./||' | sort)
 if [ "$installed" = "$expected" ]; then
     pass "installed files are the expected ones"
@@ -70,6 +76,11 @@ for tool in lv3sim lvdtool; do
         pass "$tool --help"
     else
         fail "$tool --help did not print its usage"
+    fi
+    if out=$("$prefix/bin/$tool" --version 2>&1) && [ "$out" = "$tool $version" ]; then
+        pass "$tool --version: $out"
+    else
+        fail "$tool --version gave '$out', expected '$tool $version'"
     fi
 done
 

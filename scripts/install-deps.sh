@@ -3,18 +3,26 @@
 #   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, test and benchmark
 #                                   libraries, and the sound server the audio tests run on
 #   scripts/install-deps.sh ci      the above, plus clang's libFuzzer runtime
+#   scripts/install-deps.sh package the build set, plus what makes and checks the
+#                                   .deb: dpkg-dev, lintian, the desktop and
+#                                   AppStream validators, debootstrap and Xvfb
 set -euo pipefail
 
 build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
             qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev
             libgtest-dev libgmock-dev libbenchmark-dev pulseaudio)
+# The man pages are made from the programs' --help at build time.
+build_pkgs+=(help2man)
 ci_pkgs=(clang libclang-rt-14-dev)
+package_pkgs=(dpkg-dev fakeroot file lintian desktop-file-utils appstream shared-mime-info
+              debootstrap xvfb xauth)
 
 want=("${build_pkgs[@]}")
 case "${1:-build}" in
     build) ;;
     ci) want+=("${ci_pkgs[@]}") ;;
-    *) echo "usage: $0 [build|ci]" >&2; exit 2 ;;
+    package) want+=("${package_pkgs[@]}") ;;
+    *) echo "usage: $0 [build|ci|package]" >&2; exit 2 ;;
 esac
 
 missing=()
