@@ -14,8 +14,9 @@ build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
 # The man pages are made from the programs' --help at build time.
 build_pkgs+=(help2man)
 ci_pkgs=(clang libclang-rt-14-dev)
-package_pkgs=(dpkg-dev fakeroot file lintian desktop-file-utils appstream shared-mime-info
-              debootstrap xvfb xauth)
+# dpkg-shlibdeps and file for CPack; the validators and the bare-root check.
+package_pkgs=(dpkg-dev file lintian desktop-file-utils appstream shared-mime-info
+              debootstrap xvfb)
 
 want=("${build_pkgs[@]}")
 case "${1:-build}" in
