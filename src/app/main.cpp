@@ -118,8 +118,6 @@ int main(int argc, char* argv[]) {
 
     // A signal or --exit-after closes the window as Quit does, answering no
     // question, and ends the program from whatever dialog or wait it finds.
-    // One that lands during start-up (the port search, its Retry/Cancel box)
-    // cuts the search short and closes once it is over.
     lv::ExitOnRequest exitRequest(window, [&] {
         screenshot();
         finish(0);
@@ -160,7 +158,6 @@ int main(int argc, char* argv[]) {
         });
         shotTimer.start(100);
     }
-    exitRequest.startupDone();
     const int code = app.exec();
     screenshot();
     finish(code);
