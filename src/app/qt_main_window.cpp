@@ -377,8 +377,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     }
     // An exit that comes while the calibration dialog is up (a signal in its
     // waits) still gives the meter its stream back, as the dialog would.
-    if (std::exchange(m_calibrating, false))
-        leaveCalibration(m_session.port(), m_session.pump());
+    if (std::exchange(m_calibrating, false)) leaveCalibration(m_session.port(), m_session.pump());
     m_session.disarm();
     m_repaint.stop();
     m_clock.stop();

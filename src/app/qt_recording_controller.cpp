@@ -182,8 +182,7 @@ void RecordingController::loadFile(const QString& path) {
     m_player->cmdStop_Click();
     syncTimers();
     // A file that is refused leaves the recording in memory as it was.
-    if (!m_player->Load_File(path.toStdString(), [this] { m_recorder->Flush_RecBuffer(); }))
-        return;
+    if (!m_player->Load_File(path.toStdString(), [this] { m_recorder->Flush_RecBuffer(); })) return;
     m_w.store.values.LoadPath = QFileInfo(path).absolutePath().toStdString() + "/";
     rememberRecent(path);
 }
@@ -215,7 +214,8 @@ void RecordingController::settings() {
         if (rc != kAudioOk)
             m_w.prompter.ask("File Not Found",
                              "The Dummy.mp3 file could not be loaded for the following "
-                             "reason(s):\n" + audioErrorText(rc),
+                             "reason(s):\n" +
+                                 audioErrorText(rc),
                              Buttons::Ok, Icon::Exclamation);
     }
     m_panel.setMode(recordingModeCaption(cfg.RecordingMode), recordingModeTooltip(cfg));

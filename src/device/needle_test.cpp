@@ -105,8 +105,8 @@ void NeedleTest::step() {
     // The meter's needle follows the test as it follows a playback. A test
     // record holds only its needle: its lamp and BD flags are clear.
     if (m_st.PortNumber != 0)
-        m_port.write(protocol::playbackLine(needle, m_st.BdCounting, m_st.BdQuarter, m_st.ShownBase,
-                                            0));
+        m_port.write(
+            protocol::playbackLine(needle, m_st.BdCounting, m_st.BdQuarter, m_st.ShownBase, 0));
     if (m_showNeedle) m_showNeedle(needle);
 }
 

@@ -143,7 +143,7 @@ private:
     bool m_toldSoundLost = false;
     bool m_skipPending = false;   // a skip waits for the skip timer to restart the sound
     bool m_startingStep = false;  // the first step since the sound (re)started
-    int m_lampCode = -1;  // recorded lamp state last drawn; -1 draws the next one
+    int m_lampCode = -1;          // recorded lamp state last drawn; -1 draws the next one
     bool m_lagLampOn = false;
     double m_lagSince = 0;  // Timer() when the lag lamp went on
     // The status line from before playback, put back on Stop.

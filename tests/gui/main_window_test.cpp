@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <QAction>
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QTimer>
-#include <QElapsedTimer>
 #include <cstdio>
 
 #include <fstream>
@@ -192,8 +192,8 @@ TEST_F(MainWindowTest, RefusalsShowWhenTheOperatorActs) {
 
     test::TempDir noDummy{"lv_no_dummy"};
     std::ofstream(noDummy.file("lv_Analog.ini")) << "[Recording]\nAudioEnable=True\n";
-    MainWindow bare({noDummy.path(), "1.0.0", [] { return std::vector<std::string>{}; },
-                     noDummy.path()});
+    MainWindow bare(
+        {noDummy.path(), "1.0.0", [] { return std::vector<std::string>{}; }, noDummy.path()});
     bare.prompter().setUnattended(true);
     bare.Form_Load();
     bare.prompter().setUnattended(false);
@@ -213,8 +213,8 @@ TEST_F(MainWindowTest, RefusalsShowWhenTheOperatorActs) {
     answer.start(20);
     bare.recordPanel()->findChild<QAbstractButton*>("cmdRecSettings")->click();
     EXPECT_FALSE(bare.settings().AudioEnable);
-    EXPECT_TRUE(told.startsWith(
-        "The Dummy.mp3 file could not be loaded for the following reason(s):\n"))
+    EXPECT_TRUE(
+        told.startsWith("The Dummy.mp3 file could not be loaded for the following reason(s):\n"))
         << told.toStdString();
     bare.closeUnattended();
 }

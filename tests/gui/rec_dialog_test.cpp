@@ -176,8 +176,11 @@ TEST_F(RecDialogTest, ResetDeletesTheNumberedSeriesOfTheTypedPrefix) {
     const std::tuple<Answer, const char*, std::set<std::string>, std::int16_t, std::int16_t>
         cases[] = {{Answer::No, "S", all, 7, 7},
                    {Answer::Yes, "S", notS, 1, 7},
-                   {Answer::Yes, "Prefix_", {"S001.lvd", "S999.wav", "S0001.lvd", "S001.txt",
-                                             "T001.lvd"}, 1, 1}};
+                   {Answer::Yes,
+                    "Prefix_",
+                    {"S001.lvd", "S999.wav", "S0001.lvd", "S001.txt", "T001.lvd"},
+                    1,
+                    1}};
     for (const auto& [answer, prefix, left, suffixNum, kept] : cases) {
         SCOPED_TRACE(prefix);
         cfg.SuffixNum = 7;

@@ -98,7 +98,8 @@ TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
     std::string bytes((std::istreambuf_iterator<char>(whole)), {});
     std::ofstream(path("short.lvd"), std::ios::binary) << bytes.substr(0, 99);
     std::string mixed = bytes;
-    mixed[20 * 300 + lvd_offset::kStatusFlags] = static_cast<char>(packStatusFlags(0, false, false, 1));
+    mixed[20 * 300 + lvd_offset::kStatusFlags] =
+        static_cast<char>(packStatusFlags(0, false, false, 1));
     std::ofstream(path("mixed.lvd"), std::ios::binary) << mixed;
     bytes[19 + 40] = 'X';  // record 3's frame letter
     std::ofstream(path("corrupt.lvd"), std::ios::binary) << bytes;

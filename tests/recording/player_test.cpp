@@ -336,10 +336,10 @@ TEST_F(PlayerTest, SkipsPausesAndStartsNeitherStallNorFlashTheLagLamp) {
     } cases[] = {
         {"pause within the skip timer resumes at the skip's target",
          [&] {
-             player.cmdFwd_Click();    // to record 501, 10020 ms
-             sound.pos = 3000;         // the sound, paused, still where it was
-             player.cmdPlay_Click();   // pause
-             player.cmdPlay_Click();   // play
+             player.cmdFwd_Click();   // to record 501, 10020 ms
+             sound.pos = 3000;        // the sound, paused, still where it was
+             player.cmdPlay_Click();  // pause
+             player.cmdPlay_Click();  // play
          },
          [&] { EXPECT_EQ(sound.log.back(), "play from 10020"); }},
         {"a skip past the sound's end ends the playback",
@@ -352,8 +352,7 @@ TEST_F(PlayerTest, SkipsPausesAndStartsNeitherStallNorFlashTheLagLamp) {
              EXPECT_EQ(player.state(), PlayState::Idle);
              EXPECT_EQ(st.RunMode, kRunLive);
          }},
-        {"two records due at the first step after Play are no lag",
-         [&] { stepAt(45); },
+        {"two records due at the first step after Play are no lag", [&] { stepAt(45); },
          [&] { EXPECT_EQ(display.only("LED(").back(), led(cfg.Dial_Color)); }},
         {"nor after a skip",
          [&] {
