@@ -128,27 +128,32 @@ TEST_F(WindowRecording, RecordsSavesLoadsAndPlaysBack) {
     EXPECT_EQ(lines.last(), "U") << "and was told to stream again at its end";
 }
 
-// A meter lost mid-recording, with a live one back on the same path before
-// the watchdog has seen two silent ticks: the recording stops and is kept,
-// and only then does the live display come back.
+// A meter lost mid-recording, with a silent device or a live meter back on
+// the same path before the watchdog has seen two silent ticks: the recording
+// stops and is kept, and only then does a live meter bring the display back.
 TEST_F(WindowRecording, AMeterLostMidRecordingStopsItAndKeepsIt) {
-    start(1);
-    click("cmdRecord");
-    QTest::qWait(1500);
-    const QString path = meter->link;
-    meter->stop();
-    QTest::qWait(300);
-    test::VirtualMeter back({}, path);
-    ASSERT_TRUE(back.ready);
-    EXPECT_TRUE(waitUntil([&] { return state().RunMode != kRunRecording; }, 2600))
-        << "stopped within two clock ticks and a bit";
-    EXPECT_TRUE(w->recording().state().RecHasData);
-    EXPECT_TRUE(w->recording().state().RecNotSaved) << "kept, for the operator to save";
-    const std::int32_t kept = w->recording().state().buffer.RecCount;
-    EXPECT_NEAR(kept, 125, 20);
-    EXPECT_TRUE(waitUntil([&] { return state().ShownStatus == kStatusInputOk; }, 5000))
-        << "the live display comes back";
-    EXPECT_EQ(w->recording().state().buffer.RecCount, kept);
+    for (const bool live : {false, true}) {
+        SCOPED_TRACE(live ? "live meter back" : "silent device back");
+        start(1);
+        click("cmdRecord");
+        QTest::qWait(1500);
+        const QString path = meter->link;
+        meter->stop();
+        QTest::qWait(200);
+        test::VirtualMeter back(live ? QStringList{} : QStringList{"--mute"}, path);
+        ASSERT_TRUE(back.ready);
+        EXPECT_TRUE(waitUntil([&] { return state().RunMode != kRunRecording; }, 2600))
+            << "stopped within two clock ticks and a bit";
+        EXPECT_TRUE(w->recording().state().RecNotSaved) << "kept, for the operator to save";
+        const std::int32_t kept = w->recording().state().buffer.RecCount;
+        EXPECT_NEAR(kept, 125, 20);
+        EXPECT_EQ(waitUntil([&] { return state().ShownStatus == kStatusInputOk; }, 4000), live)
+            << "the live display comes back with a meter only";
+        EXPECT_EQ(w->recording().state().buffer.RecCount, kept);
+        w->closeUnattended();
+        w.reset();
+        meter.reset();
+    }
 }
 
 // The needle test drives the meter with a "P" line a record; quitting while

@@ -170,6 +170,20 @@ TEST_F(MainWindowTest, NeedleTestRunsFromTheMenuAndRestores) {
     EXPECT_EQ(w.statusText(), "Demo Mode");
 }
 
+// The lamp starts off, in the dial's colour, and stays off when the dial
+// changes colour: a meter that never lights it records it as off.
+TEST_F(MainWindowTest, TheLampStartsOffAndFollowsTheDialColour) {
+    MeterState& st = w.session().state();
+    EXPECT_EQ(st.LedColour, cfg().Dial_Color);
+    w.store().values.Dial_Color = rgb(10, 20, 30);
+    w.relayout();
+    EXPECT_EQ(st.LedColour, rgb(10, 20, 30));
+    st.LedColour = cfg().LED_Set_Color;
+    w.store().values.Dial_Color = rgb(40, 50, 60);
+    w.relayout();
+    EXPECT_EQ(st.LedColour, cfg().LED_Set_Color) << "a lit lamp stays lit";
+}
+
 // Smaller points: a needle test the run mode refuses shows as a disabled
 // item; turning audio off without the placeholder says so at once.
 TEST_F(MainWindowTest, RefusalsShowWhenTheOperatorActs) {
