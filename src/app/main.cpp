@@ -11,6 +11,7 @@
 #include <cstdio>
 
 #include "app/data_folder.h"
+#include "app/qt_exit_request.h"
 #include "app/qt_main_window.h"
 #include "device/port_candidates.h"
 
@@ -106,16 +107,21 @@ int main(int argc, char* argv[]) {
     };
     lv::MainWindow window(std::move(options));
 
-    // A signal or --exit-after closes the window as Quit does, answering no
-    // question. One that lands during start-up (the port search, its
-    // Retry/Cancel box) cuts the search short and closes once it is over.
-    bool exitDue = false;
-    auto requestExit = [&] {
-        exitDue = true;
-        window.prompter().setUnattended(true);
-        if (QWidget* box = QApplication::activeModalWidget()) box->close();
-        if (window.started()) window.closeUnattended();
+    bool shot = !parser.isSet(screenshotOption);
+    auto screenshot = [&] {
+        if (shot) return;
+        shot = true;
+        const QString path = parser.value(screenshotOption);
+        if (!window.grab().save(path, "PNG"))
+            std::fprintf(stderr, "lv_Analog: cannot write the screenshot %s\n", qPrintable(path));
     };
+
+    // A signal or --exit-after closes the window as Quit does, answering no
+    // question, and ends the program from whatever dialog or wait it finds.
+    lv::ExitOnRequest exitRequest(window, [&] {
+        screenshot();
+        finish(0);
+    });
     if (::pipe(g_signalPipe) == 0) {
         std::signal(SIGINT, onSignal);
         std::signal(SIGTERM, onSignal);
@@ -123,10 +129,12 @@ int main(int argc, char* argv[]) {
         QObject::connect(notifier, &QSocketNotifier::activated, &app, [&] {
             char c;
             [[maybe_unused]] auto n = ::read(g_signalPipe[0], &c, 1);
-            requestExit();
+            exitRequest.request();
         });
     }
-    if (exitAfter >= 0) QTimer::singleShot(static_cast<int>(exitAfter * 1000), &app, requestExit);
+    if (exitAfter >= 0)
+        QTimer::singleShot(static_cast<int>(exitAfter * 1000), &app,
+                           [&] { exitRequest.request(); });
 
     QObject::connect(&window.session(), &lv::LiveSession::linkLost, &app,
                      [](const QString& reason) {
@@ -138,14 +146,6 @@ int main(int argc, char* argv[]) {
     if (parser.isSet(playOption)) window.recording().playFile(parser.value(playOption));
     const bool live = window.session().state().PortNumber != 0;
 
-    bool shot = !parser.isSet(screenshotOption);
-    auto screenshot = [&] {
-        if (shot) return;
-        shot = true;
-        const QString path = parser.value(screenshotOption);
-        if (!window.grab().save(path, "PNG"))
-            std::fprintf(stderr, "lv_Analog: cannot write the screenshot %s\n", qPrintable(path));
-    };
     QTimer shotTimer;
     QElapsedTimer sinceStart;
     sinceStart.start();
@@ -157,11 +157,6 @@ int main(int argc, char* argv[]) {
                 screenshot();
         });
         shotTimer.start(100);
-    }
-    if (exitDue) {
-        screenshot();
-        window.closeUnattended();
-        finish(0);
     }
     const int code = app.exec();
     screenshot();

@@ -36,6 +36,9 @@ LiveSession::LiveSession(SettingsStore& store, DisplaySink& display, Prompter& p
       m_ctx{m_st, store.values, display, m_recorder},
       m_search(m_port, m_pump, m_st, display, prompter, store.values, {}, std::move(versionText)) {
     m_st.LagLimit = lagLimitForItem(store.values.DataLag_Index);
+    // The lamp starts off. A meter whose status never changes never draws it,
+    // and every record would otherwise store the start value as a lit lamp.
+    m_lampOff = m_st.LedColour = store.values.Dial_Color;
     m_port.setReceiveHandler([this] {
         // Playback and the needle test own the display; the meter follows the
         // played records, and its own frames would only fight them.
@@ -125,6 +128,11 @@ void LiveSession::disarm() {
     m_port.setThreshold(0);
 }
 
+void LiveSession::followDialColour() {
+    if (m_st.LedColour == m_lampOff) m_st.LedColour = m_store.values.Dial_Color;
+    m_lampOff = m_store.values.Dial_Color;
+}
+
 void LiveSession::onNewSample() {
     m_needle = liveNeedleValue(m_st, m_store.values, m_display);
     // The needle has been drawn with the fresh reference: back to normal.
@@ -145,7 +153,10 @@ void LiveSession::portFailed(const QString& reason) {
 }
 
 void LiveSession::pollReconnect() {
-    if (m_busy) return;
+    // A recording that lost its meter is ended by the watchdog and kept as it
+    // stands; a meter coming back first would carry it on with a hole in its
+    // timeline. The reconnection only brings the live display back.
+    if (m_busy || m_st.RunMode == kRunRecording) return;
     const bool present = QFileInfo::exists(QString::fromStdString(m_reconnect.path()));
     if (!m_reconnect.due(secondsNow(), present)) {
         if (!m_reconnect.waiting()) m_reconnectTimer.stop();
@@ -162,6 +173,9 @@ void LiveSession::pollReconnect() {
         emit portsChanged();
     } else {
         m_reconnect.probeFailed(secondsNow());
+        // The link stays armed while the reconnection waits: the watchdog keeps
+        // judging it, and the port's failure already shows "Input Error".
+        m_port.setThreshold(kSearchThreshold);
     }
 }
 

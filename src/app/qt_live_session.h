@@ -45,6 +45,9 @@ public:
     void chooseSensor(bool remote);
     // Closing: nothing more is received and no reconnection is tried.
     void disarm();
+    // The dial's colour is the lamp's "off": a lamp that was off stays off
+    // when the dial changes colour (settings loaded, colour chosen).
+    void followDialColour();
 
     // Where the frame path's recording calls go; nullptr for nowhere.
     void setRecorderTap(RecorderTap* tap) { m_recorder.target = tap; }
@@ -106,6 +109,7 @@ private:
     QTimer m_reconnectTimer;
     QElapsedTimer m_clock;
     bool m_busy = false;
+    Colour m_lampOff = 0;  // the dial colour the lamp was last turned off in
     long m_samples = 0;
     // The needle at rest before the first frame, a little left of zero.
     std::int32_t m_needle = -2503;

@@ -151,6 +151,12 @@ void MainMenus::buildConnection() {
         // The mark shows whether the test runs: a refused start leaves it off.
         needleTest->setChecked(m_hooks.needleTest ? m_hooks.needleTest(on) : false);
     });
+    // A recording or a playback holds the display and the placeholder's
+    // clock: the test is refused then, and the item shows it.
+    connect(m_connection, &QMenu::aboutToShow, this, [this, needleTest] {
+        needleTest->setEnabled(m_st.TestModeOn ||
+                               (m_st.RunMode != kRunRecording && m_st.RunMode != kRunPlayback));
+    });
     QAction* testAudio = addItem(m_connection, "Test Audio", "mnuConnTestAudio");
     testAudio->setCheckable(true);
     connect(testAudio, &QAction::triggered, this, [this, testAudio] {

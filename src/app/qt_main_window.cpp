@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "about/qt_about_dialog.h"
 #include "about/qt_help.h"
@@ -17,6 +18,7 @@
 #include "app/exit_sequence.h"
 #include "app/program_files.h"
 #include "app/qt_splash.h"
+#include "calibration/upload.h"
 #include "common/vb_format.h"
 #include "display/needle_drawing.h"
 
@@ -282,6 +284,7 @@ void MainWindow::refreshPortMenu() {
 void MainWindow::rebuildPanel() {
     m_panel->surface().setScale(kPanelScale);
     m_panel->surface().setEraseColour(m_store.values.Dial_Color);
+    m_session.followDialColour();
     // A new image holds no needle: Update_Needle draws the face first, then the needle.
     m_panelState.redraw = true;
     Update_Needle(m_ctx, m_session.needle());
@@ -372,6 +375,9 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         else
             m_recording->keepForRecovery();
     }
+    // An exit that comes while the calibration dialog is up (a signal in its
+    // waits) still gives the meter its stream back, as the dialog would.
+    if (std::exchange(m_calibrating, false)) leaveCalibration(m_session.port(), m_session.pump());
     m_session.disarm();
     m_repaint.stop();
     m_clock.stop();

@@ -109,6 +109,8 @@ private:
     bool m_started = false;
     bool m_unattended = false;
     bool m_closed = false;
+    // The meter is in its dial calibration: closing takes it out again.
+    bool m_calibrating = false;
     long m_frames = 0;
 };
 

@@ -7,6 +7,7 @@
 #include <QMenu>
 
 #include "common/vb_date.h"
+#include "device/protocol.h"
 #include "recording/naming.h"
 #include "recording/qt_rec_dialog.h"
 #include "recording/rec_setup.h"
@@ -38,6 +39,7 @@ RecordingController::RecordingController(RecordPanel& panel, Wiring wiring, QObj
     auto send = [this](const std::string& line) {
         if (m_w.st.PortNumber != 0 && m_w.sendToMeter) m_w.sendToMeter(line);
     };
+    m_recorder->setMeterStart([send] { send(protocol::commandLine(protocol::kStart)); });
     m_player =
         std::make_unique<Player>(m_rs, m_tracks, m_w.st, cfg, m_w.display, m_panel, m_w.prompter,
                                  m_w.pump, m_w.showNeedle, send, [this] { m_skip.start(); });
@@ -179,8 +181,8 @@ void RecordingController::loadFile(const QString& path) {
         return;
     m_player->cmdStop_Click();
     syncTimers();
-    m_recorder->Flush_RecBuffer();
-    if (!m_player->Load_File(path.toStdString())) return;
+    // A file that is refused leaves the recording in memory as it was.
+    if (!m_player->Load_File(path.toStdString(), [this] { m_recorder->Flush_RecBuffer(); })) return;
     m_w.store.values.LoadPath = QFileInfo(path).absolutePath().toStdString() + "/";
     rememberRecent(path);
 }
@@ -201,8 +203,21 @@ void RecordingController::rememberRecent(const QString& path) {
 void RecordingController::settings() {
     if (m_recorder->recording()) return;
     Settings& cfg = m_w.store.values;
+    const bool hadAudio = cfg.AudioEnable;
     RecDialog dialog(cfg, m_w.prompter, {}, m_w.window);
     dialog.exec();
+    // Audio off records against the placeholder: the operator hears now,
+    // not at the next Record or Load, that it cannot be had.
+    if (hadAudio && !cfg.AudioEnable && m_rs.track != &m_placeholder) {
+        const int rc = m_placeholder.openFile(m_w.dummyPath, AudioKind::Compressed);
+        m_placeholder.close();
+        if (rc != kAudioOk)
+            m_w.prompter.ask("File Not Found",
+                             "The Dummy.mp3 file could not be loaded for the following "
+                             "reason(s):\n" +
+                                 audioErrorText(rc),
+                             Buttons::Ok, Icon::Exclamation);
+    }
     m_panel.setMode(recordingModeCaption(cfg.RecordingMode), recordingModeTooltip(cfg));
     m_panel.setNaming(namingPatternText(cfg));
 }
@@ -272,8 +287,11 @@ void RecordingController::discardRecording() {
 }
 
 void RecordingController::closeAudio() {
-    needleTest(false);
-    m_player->cmdStop_Click();
+    // Leaving tells the meter nothing: no start command from the test's or
+    // the playback's end.
+    m_testStep.stop();
+    m_test->stop(NeedleTest::Ending::Exit);
+    m_player->stopForExit();
     m_step.stop();
     // "close WavFile" twice, as the original did: once for each track in use.
     m_sound.close();

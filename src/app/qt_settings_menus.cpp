@@ -1,6 +1,7 @@
 // The main window's settings commands that open a dialog: Load Settings,
 // Save Settings As, the meter setup and the dial calibration.
 #include <QFileDialog>
+#include <utility>
 
 #include "app/qt_main_window.h"
 #include "calibration/qt_scale_dialog.h"
@@ -56,6 +57,7 @@ void MainWindow::dialCalibration() {
     }
     Pump& pump = m_session.pump();
     enterCalibration(port, pump);
+    m_calibrating = true;
     {
         ScaleDialog dialog(
             port, pump, m_prompter, m_sessionConfig.DialCalibration, m_store.values.ScaleType,
@@ -70,6 +72,8 @@ void MainWindow::dialCalibration() {
             this);
         dialog.exec();
     }
+    // An exit asked for meanwhile has taken the meter out of it already.
+    if (!std::exchange(m_calibrating, false)) return;
     leaveCalibration(port, pump);
     relayout();
 }

@@ -102,10 +102,15 @@ void NeedleTest::step() {
     // as in playback.
     m_st.RawNeedle = needle;
     if (m_record == 1 && m_testAudio && m_beep) m_beep();
+    // The meter's needle follows the test as it follows a playback. A test
+    // record holds only its needle: its lamp and BD flags are clear.
+    if (m_st.PortNumber != 0)
+        m_port.write(
+            protocol::playbackLine(needle, m_st.BdCounting, m_st.BdQuarter, m_st.ShownBase, 0));
     if (m_showNeedle) m_showNeedle(needle);
 }
 
-void NeedleTest::stop() {
+void NeedleTest::stop(Ending ending) {
     if (!m_running) return;
     m_running = false;
     m_tracks.placeholder.stop();
@@ -117,7 +122,7 @@ void NeedleTest::stop() {
         // start command resumes the meter's frames.
         m_st.GoodFrames = 0;
         m_port.setThreshold(kSearchThreshold);
-        m_port.write(protocol::commandLine(protocol::kStart));
+        if (ending == Ending::MenuItem) m_port.write(protocol::commandLine(protocol::kStart));
         m_st.RunMode = kRunLive;
     } else {
         m_st.RunMode = kRunNoMeter;

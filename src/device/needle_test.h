@@ -46,8 +46,11 @@ public:
     bool start();
     // One poll of the placeholder's clock: shows the next record when one is due.
     void step();
-    // The menu item was unchecked: the link and the knob as they were.
-    void stop();
+    // The menu item was unchecked: the link and the knob as they were, and
+    // the meter told to start its stream again. Leaving the program tells
+    // the meter nothing.
+    enum class Ending { MenuItem, Exit };
+    void stop(Ending ending = Ending::MenuItem);
 
     bool running() const { return m_running; }
     // With test audio on, a beep marks the start of each cycle.

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "device/protocol.h"
 #include "recording/lvd_file.h"
@@ -99,41 +100,52 @@ AudioTrack* Player::chooseAudio(const std::string& base) {
     return nullptr;
 }
 
-bool Player::Load_File(const std::string& path) {
+std::string Player::missingAudio(const std::string& base) const {
+    if (!m_cfg.AudioEnable) return fileExists(m_tracks.dummyPath) ? "" : kDummyMissing;
+    return fileExists(base + ".wav") || fileExists(base + ".mp3") ? "" : kAudioMissing;
+}
+
+bool Player::Load_File(const std::string& path, const std::function<void()>& unload) {
     // A Load pressed while the events of a load run waits for that one.
     if (m_loading) return false;
-    if (active()) cmdStop_Click();
-    (m_rs.track ? *m_rs.track : m_tracks.sound).close();
-    m_rs.track = nullptr;
-
     if (!fileExists(path)) return loadFailed(kFileNotFound, path, Icon::Exclamation);
     const std::string base = path.size() >= 4 ? path.substr(0, path.size() - 4) : path;
-    AudioTrack* track = chooseAudio(base);
-    if (!track) return false;
+    // Everything that can refuse the file is asked before the recording in
+    // memory goes: a file that fails leaves it, and its sound, as they were.
+    if (const std::string missing = missingAudio(base); !missing.empty())
+        return loadFailed(kFileNotFound, missing, Icon::None);
 
     // The file has passed its check once progress is reported.
     bool announced = false;
+    RecBuffer incoming;
     m_loading = true;
     m_panel.setLoadProgress(0);
-    const LoadResult result = loadLvdFile(path, m_cfg.DialType, m_rs.buffer, [&](int fiftieths) {
+    const LoadResult result = loadLvdFile(path, m_cfg.DialType, incoming, [&](int fiftieths) {
         if (!announced) m_panel.setLoadedFile("Loading......", path);
         announced = true;
         m_panel.setLoadProgress(fiftieths);
         m_pump.DoEvents();
     });
     m_loading = false;
+    if (!result.ok() && result.status != LoadStatus::WrongDialType)
+        return loadFailed(result.title, result.text, Icon::Exclamation);
 
+    if (active()) cmdStop_Click();
+    if (unload) unload();
+    (m_rs.track ? *m_rs.track : m_tracks.sound).close();
+    m_rs.track = nullptr;
     RecBuffer& buffer = m_rs.buffer;
+    buffer = std::move(incoming);
     if (!result.ok()) {
-        if (result.status == LoadStatus::WrongDialType) {
-            m_rs.playStart = 1;
-            m_rs.playEnd = buffer.RecCount;
-            m_panel.setLoadedFile("", "");
-        }
-        loadFailed(result.title, result.text, Icon::Exclamation);
-        track->close();
-        return false;
+        // A wrong dial type keeps the records read up to the first of the
+        // other type, and no sound.
+        m_rs.playStart = 1;
+        m_rs.playEnd = buffer.RecCount;
+        m_panel.setLoadedFile("", "");
+        return loadFailed(result.title, result.text, Icon::Exclamation);
     }
+    AudioTrack* track = chooseAudio(base);
+    if (!track) return false;
 
     m_rs.track = track;
     m_rs.loadedBase = base;
@@ -164,17 +176,18 @@ void Player::cmdPlay_Click() {
     }
     if (m_state == PlayState::Playing) {
         m_rs.track->pause();
+        // After a skip the sound still stands where it was before it; the
+        // skip's target is where playing goes on.
         std::int64_t pos = 0;
-        if (m_rs.track->position(pos) == kAudioOk) m_audioPosition = pos;
+        if (!m_skipPending && m_rs.track->position(pos) == kAudioOk) m_audioPosition = pos;
         m_panel.setPanelWord("PAUSE");
         m_state = PlayState::Paused;
         return;
     }
     if (m_state == PlayState::Paused) {
-        m_rs.track->playFrom(m_audioPosition);
-        m_mode = AudioMode::Playing;
         m_panel.setPanelWord("PLAY");
         m_state = PlayState::Playing;
+        playOnFrom(m_audioPosition);
         return;
     }
     if (!ready() || m_st.RunMode == kRunRecording) return;
@@ -195,6 +208,7 @@ void Player::cmdPlay_Click() {
 }
 
 void Player::startFromPlayStart() {
+    m_skipPending = false;
     RecBuffer& b = m_rs.buffer;
     b.RecIndex = recordIndexInRange(m_rs.playStart);
     const std::int64_t pos = positionOfRecord(b.RecIndex);
@@ -206,6 +220,7 @@ void Player::startFromPlayStart() {
     if (track.position(reported) == kAudioOk) m_audioPosition = reported;
     soundLost(track.play());
     m_mode = AudioMode::Playing;
+    m_startingStep = true;
     // The first record shows its lamp whatever was shown before, and live
     // data after playback starts from a fresh reference.
     m_lampCode = -1;
@@ -255,8 +270,19 @@ void Player::Restart_Loop() {
 }
 
 void Player::cmdStop_Click() {
+    stopPlayback(true);
+}
+
+void Player::stopForExit() {
+    stopPlayback(false);
+}
+
+void Player::stopPlayback(bool restartMeter) {
     if (!active()) return;
     if (m_rs.track) m_rs.track->stop();
+    // The meter followed the played records; its own stream starts again.
+    if (restartMeter && m_sendToMeter && m_st.PortNumber != 0)
+        m_sendToMeter(protocol::commandLine(protocol::kStart));
     m_state = PlayState::Idle;
     m_st.RunMode = m_st.PortNumber != 0 ? kRunLive : kRunNoMeter;
     m_panel.setPanelWord("");
@@ -298,6 +324,7 @@ void Player::skipTo(std::int32_t index) {
         m_rs.track->pause();
         m_mode = AudioMode::Paused;
     }
+    m_skipPending = true;
     if (m_restartSkipTimer) m_restartSkipTimer();
     RecBuffer& b = m_rs.buffer;
     b.RecIndex = recordIndexInRange(index);
@@ -319,9 +346,23 @@ void Player::cmdRev_Click() {
 
 void Player::tmrSkip_Timer() {
     if (!playing() || !ready()) return;
-    m_audioPosition = positionOfRecord(recordIndexInRange(m_rs.buffer.RecIndex));
-    m_rs.track->playFrom(m_audioPosition);
+    playOnFrom(positionOfRecord(recordIndexInRange(m_rs.buffer.RecIndex)));
+}
+
+void Player::playOnFrom(std::int64_t position) {
+    m_skipPending = false;
+    m_audioPosition = position;
+    const int rc = m_rs.track->playFrom(position);
+    if (soundLost(rc)) return;
+    // A sound shorter than its records has nothing to play there: that is
+    // the end of the sound, as when it runs out while playing.
+    if (rc == kAudioBadRange) {
+        cmdStop_Click();
+        return;
+    }
     m_mode = AudioMode::Playing;
+    // The records due at once when the sound starts again are no lag.
+    m_startingStep = true;
 }
 
 void Player::positionBarPress(double fraction) {
@@ -330,12 +371,9 @@ void Player::positionBarPress(double fraction) {
     const double f = std::isnan(fraction) ? 0.0 : std::clamp(fraction, 0.0, 1.0);
     b.RecIndex = b.FindlvdRecord(static_cast<std::int32_t>(f * b.TotalTimeMs));
     m_audioPosition = audioPositionFor(b.CurRecord.TimeMs, m_rs.AudioBytesPerSec);
-    // Paused, the sound resumes from here on the next Play.
-    if (playing()) {
-        m_rs.track->playFrom(m_audioPosition);
-        m_mode = AudioMode::Playing;
-    }
     showPlayedSeconds(audioSeconds(m_audioPosition, m_rs.AudioBytesPerSec));
+    // Paused, the sound resumes from here on the next Play.
+    if (playing()) playOnFrom(m_audioPosition);
 }
 
 void Player::positionBarRelease(double fraction) {
@@ -426,7 +464,7 @@ void Player::step() {
         m_lateness.earliest = std::min(m_lateness.earliest, late);
         ++m_lateness.records;
         applyRecord(b.CurRecord);
-        if (playbackLagged(due.count, m_st.LagLimit)) {
+        if (!std::exchange(m_startingStep, false) && playbackLagged(due.count, m_st.LagLimit)) {
             lampLag(m_st, m_cfg, m_display);
             m_lagLampOn = true;
             m_lagSince = m_pump.Timer();

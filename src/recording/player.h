@@ -56,10 +56,14 @@ public:
 
     // The .lvd file and the sound beside it (or the placeholder with audio
     // off). False after a message box told why not, or while another load runs.
-    bool Load_File(const std::string& path);
+    // The file and its sound are checked first; only a file that passes
+    // replaces the recording in memory, after unload has emptied it.
+    bool Load_File(const std::string& path, const std::function<void()>& unload = {});
 
     void cmdPlay_Click();  // play from the play start, pause, or resume
     void cmdStop_Click();
+    // Stop on the way out: the meter is told nothing.
+    void stopForExit();
     void cmdLoop_Click();  // toggles PlayLoopEnable; caption "Loop" / "Single"
     void cmdFwd_Click();
     void cmdRev_Click();
@@ -94,9 +98,15 @@ public:
 
 private:
     AudioTrack* chooseAudio(const std::string& base);
+    // The message for a sound file that is not there; empty when it is.
+    std::string missingAudio(const std::string& base) const;
     bool loadFailed(const std::string& title, const std::string& text, Icon icon);
     bool ready() const;  // a recording and its track to play
     void startFromPlayStart();
+    void stopPlayback(bool restartMeter);
+    // Starts the sound again at a device position: after a skip, a resume,
+    // a seek on the position bar.
+    void playOnFrom(std::int64_t position);
     void endOfRange();
     void applyRecord(const lvdRecord& record);
     void lagLampCheck();
@@ -131,7 +141,9 @@ private:
     std::int64_t m_skipped = 0;
     Lateness m_lateness;
     bool m_toldSoundLost = false;
-    int m_lampCode = -1;  // recorded lamp state last drawn; -1 draws the next one
+    bool m_skipPending = false;   // a skip waits for the skip timer to restart the sound
+    bool m_startingStep = false;  // the first step since the sound (re)started
+    int m_lampCode = -1;          // recorded lamp state last drawn; -1 draws the next one
     bool m_lagLampOn = false;
     double m_lagSince = 0;  // Timer() when the lag lamp went on
     // The status line from before playback, put back on Stop.

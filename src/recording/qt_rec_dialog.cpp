@@ -187,6 +187,10 @@ void RecDialog::reset() {
                        Icon::Exclamation) != Answer::Yes)
         return;
     const ResetOutcome outcome = resetNumbering(m_draft);
+    // The files are gone whatever the dialog ends with, so the number that
+    // starts the series again is kept at once, not only on OK.
+    if (m_draft.SavePath == m_settings.SavePath && m_draft.SavePrefix == m_settings.SavePrefix)
+        m_settings.SuffixNum = m_draft.SuffixNum;
     refresh();
     if (outcome.notDeleted.empty()) return;
     std::string list;

@@ -57,15 +57,14 @@ bool soundGone(int code) {
     return code == kAudioNoDevice || code == kAudioDeviceLost || code == kAudioNotOpen;
 }
 
-// The chosen file less ".lvd" (any letter case): the base of both files.
+// The chosen file less its extension, whatever it is: the base of both files.
+// A dot in a folder's name or at the start of the file's name is no extension.
 std::string baseOf(const std::string& chosen) {
-    constexpr std::string_view kExt = ".lvd";
-    if (chosen.size() < kExt.size()) return chosen;
-    const std::string_view tail(chosen.data() + chosen.size() - kExt.size(), kExt.size());
-    const bool isLvd = std::equal(tail.begin(), tail.end(), kExt.begin(), [](char a, char b) {
-        return std::tolower(static_cast<unsigned char>(a)) == b;
-    });
-    return isLvd ? chosen.substr(0, chosen.size() - kExt.size()) : chosen;
+    const fs::path p(chosen);
+    const std::string name = p.filename().string();
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string::npos || dot == 0) return chosen;
+    return chosen.substr(0, chosen.size() - (name.size() - dot));
 }
 
 RecordPanelSink::Enabled whileRecording() {
@@ -174,8 +173,10 @@ bool Recorder::cmdRecord_Click() {
                        Icon::None) != Answer::Yes)
         return false;
 
+    if (m_meterStart) m_meterStart();
     m_phase = Phase::LeadIn;
     m_stopRequested = false;
+    m_framesFromStart = false;
     m_panel.setEnabled(whileRecording());
     m_state.buffer.clear();
     m_state.RecNotSaved = m_state.RecHasData = false;
@@ -210,6 +211,10 @@ bool Recorder::cmdRecord_Click() {
             giveUpSound(rc, false);
         }
     } else {
+        // Without sound nothing is cut afterwards: the frames of this second
+        // are the recording's first, stamped from 20 ms on.
+        openJournal();
+        m_framesFromStart = true;
         SDelay(m_pump, 1);
     }
     if (soundProblem != kAudioOk) {
@@ -220,9 +225,13 @@ bool Recorder::cmdRecord_Click() {
     }
 
     m_state.buffer.markStart(m_now());
-    m_timing.FrameCount = 0;
-    m_clock.eventLines = 0;
-    openJournal();
+    if (m_framesFromStart) {
+        if (m_journal.isOpen()) m_journal.updateHeader(journalHeader());
+    } else {
+        m_timing.FrameCount = 0;
+        m_clock.eventLines = 0;
+        openJournal();
+    }
     m_phase = Phase::Recording;
     if (m_stopRequested) cmdStop_Click();
     return true;
@@ -300,14 +309,18 @@ void Recorder::openJournal() {
     m_pendingAudio.clear();
 }
 
+bool Recorder::takesFrames() const {
+    return m_phase == Phase::Recording || (m_phase == Phase::LeadIn && m_framesFromStart);
+}
+
 void Recorder::countFrame() {
-    if (m_phase != Phase::Recording) return;
+    if (!takesFrames()) return;
     ++m_timing.FrameCount;
     ++m_clock.eventLines;
 }
 
 void Recorder::showElapsed() {
-    if (m_phase != Phase::Recording) return;
+    if (!takesFrames()) return;
     const std::int32_t lines = std::exchange(m_clock.eventLines, 0);
     if (!m_withSound) {
         const std::int64_t seconds =
@@ -342,13 +355,13 @@ void Recorder::resetElapsed() {
 
 void Recorder::takeFrame(int letterCode, int) {
     // The record waits for the needle, which the frame path computes next.
-    if (m_phase != Phase::Recording) return;
+    if (!takesFrames()) return;
     m_clock.frameDue = true;
     m_clock.letter = static_cast<char>(letterCode);
 }
 
 void Recorder::recordFrame(std::int32_t needleValue, char letter) {
-    if (m_phase != Phase::Recording || !std::exchange(m_clock.frameDue, false)) return;
+    if (!takesFrames() || !std::exchange(m_clock.frameDue, false)) return;
     const std::int32_t frames = m_timing.FrameCount;
     std::int32_t timeMs = m_clock.baseMs + frames * kFrameMs;
     if (m_withSound) {
@@ -399,6 +412,7 @@ void Recorder::cmdStop_Click() {
     }
     if (m_phase != Phase::Recording || m_stopping) return;
     m_stopping = true;
+    if (m_meterStart && !m_exiting) m_meterStart();
     RecordPanelSink::Enabled busy = whileRecording();
     busy.stop = false;
     m_panel.setEnabled(busy);
@@ -500,7 +514,15 @@ bool Recorder::cmdSave_Click(std::optional<std::string> chosenPath) {
 
 bool Recorder::saveAsFromLabel(const std::string& path) {
     if (m_phase != Phase::Idle || m_state.buffer.RecCount < 1) return false;
-    return writeRecording(baseOf(path), false);
+    const std::string base = baseOf(path);
+    // The recording named in the dialog goes before the pair is written anew,
+    // so a longer one of that name leaves nothing of itself in the new file.
+    // Only the .lvd is taken: a file of another kind the name points at is
+    // not the recording's to delete.
+    std::error_code ec;
+    if (m_state.track == &m_tracks.sound && fs::exists(fs::path(base + ".wav"), ec))
+        fs::remove(fs::path(base + ".lvd"), ec);
+    return writeRecording(base, false);
 }
 
 void Recorder::Flush_RecBuffer() {

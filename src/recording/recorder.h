@@ -47,6 +47,10 @@ public:
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
 
+    // Sends the meter its start command ("U"), when a meter is in use. Record
+    // and Stop both send it; the exit's stop does not.
+    void setMeterStart(std::function<void()> send) { m_meterStart = std::move(send); }
+
     // Where the recovery journal is kept (the data folder). Without one,
     // nothing is journalled.
     void setRecoveryFolder(std::filesystem::path dataFolder);
@@ -99,6 +103,7 @@ public:
 private:
     enum class Phase { Idle, LeadIn, Recording };
 
+    bool takesFrames() const;
     int note(int audioResult);
     bool saveFolderReady();
     int openTracks();
@@ -125,12 +130,14 @@ private:
     Pump& m_pump;
     Prompter& m_prompter;
     Clock m_now;
+    std::function<void()> m_meterStart;
 
     Phase m_phase = Phase::Idle;
     bool m_stopping = false;
     bool m_stopRequested = false;  // Stop during the lead-in
     bool m_exiting = false;        // no one is there to answer a box
     bool m_withSound = false;
+    bool m_framesFromStart = false;  // no sound lead-in: frames count from Record on
     RecorderTiming m_timing;
     struct {
         std::int64_t lastSeconds = 0;  // audio seconds last shown

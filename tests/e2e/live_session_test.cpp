@@ -84,5 +84,26 @@ TEST(ProgramEndToEnd, RunsLiveAndClosesInOrderOnSigterm) {
     EXPECT_FALSE(text.contains("[Colors]")) << "autosave Off: display settings are not written";
 }
 
+// A silent device keeps the start-up's search probing; SIGTERM then ends the
+// program at once rather than after the search.
+TEST(ProgramEndToEnd, SigtermDuringThePortSearchEndsItWithinTwoSeconds) {
+    test::VirtualMeter silent({"--mute"});
+    ASSERT_TRUE(silent.ready);
+    QTemporaryDir data;
+    QProcess app;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    app.setProcessEnvironment(env);
+    app.start(LV_ANALOG_PATH, {"--port", silent.link, "--data-dir", data.path()});
+    ASSERT_TRUE(app.waitForStarted(5000));
+    QTest::qWait(700);
+    QElapsedTimer t;
+    t.start();
+    app.terminate();
+    ASSERT_TRUE(app.waitForFinished(10000));
+    EXPECT_LT(t.elapsed(), 2000);
+    EXPECT_EQ(app.exitCode(), 0);
+}
+
 }  // namespace
 }  // namespace lv

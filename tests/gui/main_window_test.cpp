@@ -1,11 +1,17 @@
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QTimer>
 #include <cstdio>
 
 #include <fstream>
+#include <tuple>
 
 #include "app/qt_main_window.h"
 #include "display/needle_drawing.h"
@@ -162,6 +168,69 @@ TEST_F(MainWindowTest, NeedleTestRunsFromTheMenuAndRestores) {
     EXPECT_FALSE(test->isChecked());
     EXPECT_EQ(w.session().state().RunMode, kRunNoMeter);
     EXPECT_EQ(w.statusText(), "Demo Mode");
+}
+
+// The lamp starts off, in the dial's colour, and stays off when the dial
+// changes colour: a meter that never lights it records it as off.
+TEST_F(MainWindowTest, TheLampStartsOffAndFollowsTheDialColour) {
+    MeterState& st = w.session().state();
+    EXPECT_EQ(st.LedColour, cfg().Dial_Color);
+    w.store().values.Dial_Color = rgb(10, 20, 30);
+    w.relayout();
+    EXPECT_EQ(st.LedColour, rgb(10, 20, 30));
+    st.LedColour = cfg().LED_Set_Color;
+    w.store().values.Dial_Color = rgb(40, 50, 60);
+    w.relayout();
+    EXPECT_EQ(st.LedColour, cfg().LED_Set_Color) << "a lit lamp stays lit";
+}
+
+// Smaller points: a needle test the run mode refuses shows as a disabled
+// item; turning audio off without the placeholder says so at once.
+TEST_F(MainWindowTest, RefusalsShowWhenTheOperatorActs) {
+    QAction* test = w.menus().action("mnuConnectNeedleTest");
+    auto* connection = w.menuBar()->findChild<QMenu*>("mnuConnection");
+    ASSERT_TRUE(test && connection);
+    MeterState& st = w.session().state();
+    const std::tuple<std::int32_t, bool, bool> modes[] = {{kRunNoMeter, false, true},
+                                                          {kRunRecording, false, false},
+                                                          {kRunPlayback, false, false},
+                                                          {kRunPlayback, true, true}};
+    for (const auto& [mode, testRuns, enabled] : modes) {
+        st.RunMode = mode;
+        st.TestModeOn = testRuns;
+        emit connection->aboutToShow();
+        EXPECT_EQ(test->isEnabled(), enabled) << mode << testRuns;
+    }
+    st.RunMode = kRunNoMeter;
+    st.TestModeOn = false;
+
+    test::TempDir noDummy{"lv_no_dummy"};
+    std::ofstream(noDummy.file("lv_Analog.ini")) << "[Recording]\nAudioEnable=True\n";
+    MainWindow bare(
+        {noDummy.path(), "1.0.0", [] { return std::vector<std::string>{}; }, noDummy.path()});
+    bare.prompter().setUnattended(true);
+    bare.Form_Load();
+    bare.prompter().setUnattended(false);
+    QString told;
+    QTimer answer;
+    QObject::connect(&answer, &QTimer::timeout, [&] {
+        QWidget* box = QApplication::activeModalWidget();
+        if (!box) return;
+        if (box->objectName() == "frmRec") {
+            box->findChild<QAbstractButton*>("chkAudio")->click();
+            box->findChild<QAbstractButton*>("cmdOK")->click();
+        } else if (auto* message = qobject_cast<QMessageBox*>(box)) {
+            told = message->text();
+            message->close();
+        }
+    });
+    answer.start(20);
+    bare.recordPanel()->findChild<QAbstractButton*>("cmdRecSettings")->click();
+    EXPECT_FALSE(bare.settings().AudioEnable);
+    EXPECT_TRUE(
+        told.startsWith("The Dummy.mp3 file could not be loaded for the following reason(s):\n"))
+        << told.toStdString();
+    bare.closeUnattended();
 }
 
 }  // namespace

@@ -166,16 +166,27 @@ TEST_F(RecDialogTest, CancelChangesNothingAndOkWritesEveryChoice) {
     }
 }
 
+// Reset cannot be undone by Cancel: the series it deleted takes its number 1
+// with it. Another prefix's series, typed but not yet kept, leaves the kept
+// number alone.
 TEST_F(RecDialogTest, ResetDeletesTheNumberedSeriesOfTheTypedPrefix) {
     const std::set<std::string> all{"S001.lvd", "S999.wav", "S0001.lvd",
                                     "S001.txt", "T001.lvd", "Prefix_001.lvd"};
-    const std::tuple<Answer, std::set<std::string>, std::int16_t> cases[] = {
-        {Answer::No, all, 7},
-        {Answer::Yes, {"S0001.lvd", "S001.txt", "T001.lvd", "Prefix_001.lvd"}, 1}};
-    for (const auto& [answer, left, suffixNum] : cases) {
+    const std::set<std::string> notS{"S0001.lvd", "S001.txt", "T001.lvd", "Prefix_001.lvd"};
+    const std::tuple<Answer, const char*, std::set<std::string>, std::int16_t, std::int16_t>
+        cases[] = {{Answer::No, "S", all, 7, 7},
+                   {Answer::Yes, "S", notS, 1, 7},
+                   {Answer::Yes,
+                    "Prefix_",
+                    {"S001.lvd", "S999.wav", "S0001.lvd", "S001.txt", "T001.lvd"},
+                    1,
+                    1}};
+    for (const auto& [answer, prefix, left, suffixNum, kept] : cases) {
+        SCOPED_TRACE(prefix);
+        cfg.SuffixNum = 7;
         for (const std::string& name : all) std::ofstream(dir.file(name)) << 'x';
         const auto d = open();
-        typePrefix(*d, "S");
+        typePrefix(*d, prefix);
         prompter.asked.clear();
         prompter.answers = {answer};
         click(*d, "cmdReset");
@@ -184,7 +195,8 @@ TEST_F(RecDialogTest, ResetDeletesTheNumberedSeriesOfTheTypedPrefix) {
                                           Buttons::YesNo, Icon::Exclamation}}));
         EXPECT_EQ(files(), left);
         EXPECT_EQ(d->edited().SuffixNum, suffixNum);
-        EXPECT_EQ(cfg.SuffixNum, 7) << "only OK writes the number back";
+        click(*d, "cmdCancel");
+        EXPECT_EQ(cfg.SuffixNum, kept);
     }
 }
 

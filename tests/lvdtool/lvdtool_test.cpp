@@ -97,6 +97,10 @@ TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
     std::ifstream whole(path("r.lvd"), std::ios::binary);
     std::string bytes((std::istreambuf_iterator<char>(whole)), {});
     std::ofstream(path("short.lvd"), std::ios::binary) << bytes.substr(0, 99);
+    std::string mixed = bytes;
+    mixed[20 * 300 + lvd_offset::kStatusFlags] =
+        static_cast<char>(packStatusFlags(0, false, false, 1));
+    std::ofstream(path("mixed.lvd"), std::ios::binary) << mixed;
     bytes[19 + 40] = 'X';  // record 3's frame letter
     std::ofstream(path("corrupt.lvd"), std::ios::binary) << bytes;
     const struct {
@@ -110,6 +114,8 @@ TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
          "This file is corrupt or needs to be converted to version 2 format."},
         {"plot " + path("corrupt.lvd") + " -o " + path("c.png"), 1, "Incompatible file format"},
         {"info " + dir.path().string(), 1, "folder"},
+        // The program refuses a recording whose dial type changes, whatever dial is set.
+        {"info " + path("mixed.lvd"), 1, "Wrong Dial Type"},
         {"info", 2, "Usage"},
         {"frobnicate", 2, "unknown command"},
         {"synth " + path("x.lvd"), 2, "--seconds"},

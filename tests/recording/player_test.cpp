@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -97,6 +98,37 @@ TEST_F(PlayerTest, EachFailedLoadSaysWhyAndLeavesNoTrack) {
         EXPECT_FALSE(rs.track || sound.isOpen || placeholder.isOpen) << text;
     }
     EXPECT_EQ(panel.loadedCaption, "");  // the wrong dial type empties the caption
+}
+
+// Sessions that lose data: a file that is refused, or whose sound is missing,
+// leaves the recording in memory and its sound as they were.
+TEST_F(PlayerTest, AFailedLoadKeepsTheRecordingInMemory) {
+    const std::string good = dir.file("good.lvd");
+    saveLvdRecords(good, steady(1000), std::nullopt);
+    std::ofstream(dir.file("good.mp3")) << "x";
+    Records corrupt = steady(6);
+    corrupt[2].FrameType = 'X';
+    const std::tuple<const char*, Records, const char*> cases[] = {
+        {"corrupt", corrupt, "rec.mp3"},
+        {"no sound beside it", steady(6), ""},
+        {"no such file", {}, ""},
+    };
+    for (const auto& [what, records, beside] : cases) {
+        SCOPED_TRACE(what);
+        std::filesystem::remove(lvd);
+        std::filesystem::remove(dir.file("rec.mp3"));
+        ASSERT_TRUE(player.Load_File(good));
+        prompter.answers = {Answer::Ok};
+        int unloaded = 0;
+        if (!records.empty()) saveLvdRecords(lvd, records, std::nullopt);
+        if (*beside) std::ofstream(dir.file(beside)) << "x";
+        EXPECT_FALSE(player.Load_File(lvd, [&] { ++unloaded; }));
+        EXPECT_EQ(unloaded, 0);
+        EXPECT_EQ(rs.buffer.RecCount, 1000);
+        EXPECT_EQ(rs.track, &sound);
+        EXPECT_TRUE(sound.isOpen);
+        EXPECT_EQ(panel.loadedCaption, "good.lvd");
+    }
 }
 
 TEST_F(PlayerTest, WavePreferredThenMp3OrThePlaceholder) {
@@ -292,6 +324,65 @@ TEST_F(PlayerTest, ALostSoundDevicePlaysOnWithThePlaceholder) {
         player.cmdStop_Click();
     }
     EXPECT_EQ(prompter.asked.size(), 1u) << "told once";
+}
+
+// Hangs and stalls: a pause just after a skip, a skip past a short sound's
+// end, the records due at once when the sound starts are no lag.
+TEST_F(PlayerTest, SkipsPausesAndStartsNeitherStallNorFlashTheLagLamp) {
+    const struct {
+        const char* what;
+        std::function<void()> act;
+        std::function<void()> check;
+    } cases[] = {
+        {"pause within the skip timer resumes at the skip's target",
+         [&] {
+             player.cmdFwd_Click();   // to record 501, 10020 ms
+             sound.pos = 3000;        // the sound, paused, still where it was
+             player.cmdPlay_Click();  // pause
+             player.cmdPlay_Click();  // play
+         },
+         [&] { EXPECT_EQ(sound.log.back(), "play from 10020"); }},
+        {"a skip past the sound's end ends the playback",
+         [&] {
+             sound.fail["play from 10020"] = kAudioBadRange;
+             player.cmdFwd_Click();
+             player.tmrSkip_Timer();
+         },
+         [&] {
+             EXPECT_EQ(player.state(), PlayState::Idle);
+             EXPECT_EQ(st.RunMode, kRunLive);
+         }},
+        {"two records due at the first step after Play are no lag", [&] { stepAt(45); },
+         [&] { EXPECT_EQ(display.only("LED(").back(), led(cfg.Dial_Color)); }},
+        {"nor after a skip",
+         [&] {
+             stepAt(45);
+             player.cmdFwd_Click();
+             player.tmrSkip_Timer();
+             stepAt(10045);
+         },
+         [&] {
+             EXPECT_EQ(rs.buffer.RecIndex, 503);
+             EXPECT_EQ(display.only("LED(").back(), led(cfg.Dial_Color));
+         }},
+        {"but two due later are",
+         [&] {
+             stepAt(45);
+             stepAt(105);
+         },
+         [&] { EXPECT_EQ(display.only("LED(").back(), led(cfg.LED_Lag_Color)); }},
+    };
+    st.PortNumber = 1;
+    st.LagLimit = 1;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        sound.fail.clear();
+        display.clear();
+        play(steady(2000));
+        c.act();
+        c.check();
+        player.cmdStop_Click();
+    }
 }
 
 }  // namespace

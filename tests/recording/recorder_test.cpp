@@ -346,3 +346,36 @@ TEST(Recorder, JournalSurvivesAnExitWithoutSavingAndComesBackAtTheNextStart) {
 }
 
 }  // namespace
+
+namespace {
+
+// Sessions that lose data: a Save As over a longer recording leaves nothing of
+// it, and the base is the chosen name less whatever extension it has.
+TEST(Recorder, SaveAsWritesTheChosenBaseWholeOverALongerRecording) {
+    const struct {
+        bool fromLabel;
+        const char* chosen;
+        const char* written;  // the base of the .lvd and .wav
+    } cases[] = {
+        {true, "old.lvd", "old"},
+        {false, "man2.txt", "man2"},
+        {true, "man3.txt", "man3"},
+        {false, "v1.2/take", "v1.2/take"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.chosen);
+        Rig r;
+        fs::create_directory(r.dir.path() / "v1.2");
+        std::ofstream(r.dir.path() / "old.lvd") << std::string(500 * 20, 'x');
+        std::ofstream(r.dir.path() / "old.wav") << "RIFF";
+        r.record(5);
+        const std::string chosen = r.save() + c.chosen;
+        EXPECT_TRUE(c.fromLabel ? r.rec.saveAsFromLabel(chosen) : r.rec.cmdSave_Click(chosen));
+        EXPECT_EQ(r.logged("save " + r.save() + c.written + ".wav"), 1u);
+        std::error_code missing;
+        EXPECT_EQ(fs::file_size(r.dir.path() / (std::string(c.written) + ".lvd"), missing),
+                  5u * 20);
+    }
+}
+
+}  // namespace

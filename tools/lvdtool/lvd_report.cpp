@@ -20,8 +20,12 @@ std::string isoDate(std::chrono::year_month_day d) {
 
 LoadedRecording loadRecording(const std::filesystem::path& path) {
     LoadedRecording rec;
-    // No dial type to match: the tool reads recordings of every dial.
-    const LoadResult result = loadLvdFile(path, std::nullopt, rec.buffer);
+    // The tool reads recordings of every dial, so the dial to match is the
+    // file's own first one. The program, whatever dial is set, refuses a file
+    // whose records change dial type, and so does the tool.
+    LoadResult result = loadLvdFile(path, std::nullopt, rec.buffer);
+    if (result.ok() && rec.buffer.RecCount >= 1)
+        result = loadLvdFile(path, dialTypeOf(rec.buffer(1).StatusFlags), rec.buffer);
     rec.ok = result.ok();
     if (!rec.ok) rec.message = result.title + ": " + result.text;
     return rec;
