@@ -12,8 +12,8 @@ enum class Answer { Ok, Cancel, Yes, No, Retry };
 // What a box says beyond its fixed text: why it came up and what to do.
 // Informative text shows under the text; detailed text behind a button.
 struct BoxDetail {
-    std::string informative;
-    std::string detailed;
+    std::string informative = {};
+    std::string detailed = {};
     bool empty() const { return informative.empty() && detailed.empty(); }
 };
 

@@ -59,8 +59,9 @@ Player::Player(RecordingState& rs, AudioTracks& tracks, MeterState& st, Settings
 
 // ---- Loading ----
 
-bool Player::loadFailed(const std::string& title, const std::string& text, Icon icon) {
-    m_prompter.ask(title, text, Buttons::Ok, icon);
+bool Player::loadFailed(const std::string& title, const std::string& text, Icon icon,
+                        const BoxDetail& detail) {
+    m_prompter.ask(title, text, Buttons::Ok, icon, detail);
     return false;
 }
 
@@ -130,7 +131,7 @@ bool Player::Load_File(const std::string& path) {
             m_rs.playEnd = buffer.RecCount;
             m_panel.setLoadedFile("", "");
         }
-        loadFailed(result.title, result.text, Icon::Exclamation);
+        loadFailed(result.title, result.text, Icon::Exclamation, {.informative = result.detail});
         track->close();
         return false;
     }

@@ -94,7 +94,8 @@ public:
 
 private:
     AudioTrack* chooseAudio(const std::string& base);
-    bool loadFailed(const std::string& title, const std::string& text, Icon icon);
+    bool loadFailed(const std::string& title, const std::string& text, Icon icon,
+                    const BoxDetail& detail = {});
     bool ready() const;  // a recording and its track to play
     void startFromPlayStart();
     void endOfRange();
