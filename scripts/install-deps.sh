@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages a task needs, skipping what is there.
 #   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, test and benchmark
-#                                   libraries, and the sound server the audio tests run on
+#                                   libraries, the sound server the audio tests run on, and
+#                                   the PDF text reader the guide's test reads pages with
 #   scripts/install-deps.sh ci      the above, plus clang's libFuzzer runtime
 set -euo pipefail
 
 build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
             qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev
-            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio)
+            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio poppler-utils)
 ci_pkgs=(clang libclang-rt-14-dev)
 
 want=("${build_pkgs[@]}")
