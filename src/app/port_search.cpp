@@ -12,6 +12,7 @@ constexpr const char* kNoHardwareText =
     "Check connection and Retry, or Cancel to run in demo mode.";
 constexpr const char* kNoAnswer = "opened, but no meter answered";
 constexpr const char* kDenied = "Permission denied";
+constexpr std::size_t kDeniedNamed = 3;
 }  // namespace
 
 BoxDetail noHardwareDetail(const std::vector<std::string>& ports,
@@ -22,12 +23,16 @@ BoxDetail noHardwareDetail(const std::vector<std::string>& ports,
         return detail;
     }
     std::string denied;
+    std::size_t deniedCount = 0;
     for (std::size_t i = 0; i < ports.size(); ++i) {
         const std::string& reason = i < reasons.size() ? reasons[i] : std::string();
         detail.detailed += ports[i] + ": " + (reason.empty() ? kNoAnswer : reason) + "\n";
-        if (reason.find(kDenied) != std::string::npos)
-            denied += (denied.empty() ? "" : ", ") + ports[i];
+        if (reason.find(kDenied) == std::string::npos) continue;
+        // A machine with many fixed serial ports would fill the box with names.
+        if (++deniedCount <= kDeniedNamed) denied += (denied.empty() ? "" : ", ") + ports[i];
     }
+    if (deniedCount > kDeniedNamed)
+        denied += " and " + std::to_string(deniedCount - kDeniedNamed) + " more";
     if (!denied.empty())
         detail.informative = "Permission denied on " + denied +
                              ". To use serial ports, your user must be a member of the group "

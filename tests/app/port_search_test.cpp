@@ -198,6 +198,10 @@ TEST_F(PortSearchTest, NoMeterBoxTellsWhyEachPortFailed) {
     }
     EXPECT_NE(noHardwareDetail({}, {}).informative.find("No serial port was found"),
               std::string::npos);
+    const std::vector<std::string> denied(5, "Permission denied");
+    EXPECT_EQ(noHardwareDetail({"a", "b", "c", "d", "e"}, denied)
+                  .informative.rfind("Permission denied on a, b, c and 2 more. ", 0),
+              0u);
 }
 
 TEST_F(PortSearchTest, StartUpTriesTheSavedPortFirst) {
