@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages a task needs, skipping what is there.
 #   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, test and benchmark
-#                                   libraries, and the sound server the audio tests run on
+#                                   libraries, the sound server the audio tests run on, and
+#                                   the PDF text reader the guide's test reads pages with
 #   scripts/install-deps.sh ci      the above, plus clang's libFuzzer runtime
 #   scripts/install-deps.sh package the build set, plus what makes and checks the
 #                                   .deb: dpkg-dev, lintian, the desktop and
@@ -10,7 +11,7 @@ set -euo pipefail
 
 build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
             qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev
-            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio)
+            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio poppler-utils)
 # The man pages are made from the programs' --help at build time.
 build_pkgs+=(help2man)
 ci_pkgs=(clang libclang-rt-14-dev)

@@ -19,9 +19,10 @@ ExitResult runExitSequence(SettingsStore& store, Prompter& prompter, const ExitR
         if (const auto error = hooks.writeSessionConfig()) {
             // The program closes anyway; the operator only learns of it.
             if (!request.unattended)
-                prompter.ask(error->title, error->text, Buttons::Ok, Icon::Critical);
+                prompter.ask(error->title, error->text, Buttons::Ok, Icon::Critical,
+                             {.informative = error->detail});
             else if (hooks.report)
-                hooks.report(error->text);
+                hooks.report(error->text + ": " + error->detail);
         }
     }
 

@@ -10,7 +10,40 @@ namespace {
 constexpr const char* kNoHardwareTitle = "lv Prime ";
 constexpr const char* kNoHardwareText =
     "Check connection and Retry, or Cancel to run in demo mode.";
+constexpr const char* kNoAnswer = "opened, but no meter answered";
+constexpr const char* kDenied = "Permission denied";
+constexpr std::size_t kDeniedNamed = 3;
 }  // namespace
+
+BoxDetail noHardwareDetail(const std::vector<std::string>& ports,
+                           const std::vector<std::string>& reasons) {
+    BoxDetail detail;
+    if (ports.empty()) {
+        detail.informative = "No serial port was found. Plug in the meter's USB cable and Retry.";
+        return detail;
+    }
+    std::string denied;
+    std::size_t deniedCount = 0;
+    for (std::size_t i = 0; i < ports.size(); ++i) {
+        const std::string& reason = i < reasons.size() ? reasons[i] : std::string();
+        detail.detailed += ports[i] + ": " + (reason.empty() ? kNoAnswer : reason) + "\n";
+        if (reason.find(kDenied) == std::string::npos) continue;
+        // A machine with many fixed serial ports would fill the box with names.
+        if (++deniedCount <= kDeniedNamed) denied += (denied.empty() ? "" : ", ") + ports[i];
+    }
+    if (deniedCount > kDeniedNamed)
+        denied += " and " + std::to_string(deniedCount - kDeniedNamed) + " more";
+    if (!denied.empty())
+        detail.informative = "Permission denied on " + denied +
+                             ". To use serial ports, your user must be a member of the group "
+                             "\"dialout\":\n\n    sudo usermod -aG dialout $USER\n\nthen log out "
+                             "and log in again (or restart) for the membership to take effect.";
+    else
+        detail.informative =
+            "No meter answered on the serial ports. Show Details... lists why "
+            "for each port.";
+    return detail;
+}
 
 PortSearch::PortSearch(SerialPort& port, Pump& pump, MeterState& st, DisplaySink& display,
                        Prompter& prompter, const Settings& settings,
@@ -25,7 +58,8 @@ PortSearch::PortSearch(SerialPort& port, Pump& pump, MeterState& st, DisplaySink
       m_candidates(std::move(candidates)),
       m_versionText(std::move(versionText)),
       m_hooks(std::move(hooks)),
-      m_available(m_candidates.size(), false) {}
+      m_available(m_candidates.size(), false),
+      m_reasons(m_candidates.size()) {}
 
 void PortSearch::splash(const std::string& text) const {
     if (m_hooks.splashText) m_hooks.splashText(text);
@@ -43,6 +77,7 @@ std::string PortSearch::portName(int portNumber) const {
 void PortSearch::setCandidates(std::vector<std::string> candidates) {
     m_candidates = std::move(candidates);
     m_available.assign(m_candidates.size(), false);
+    m_reasons.assign(m_candidates.size(), {});
     if (m_checkedPort > portCount()) m_checkedPort = 0;
 }
 
@@ -53,6 +88,9 @@ void PortSearch::Init_Ports() {
     for (int n = 1; n <= portCount(); ++n) {
         m_port.setPortName(m_candidates[n - 1]);
         const bool opened = m_port.open();
+        // Skipped without a message here; the reason is told if no port answers.
+        m_reasons[n - 1] = opened ? "" : m_port.openError();
+        if (!opened && m_reasons[n - 1].empty()) m_reasons[n - 1] = "could not be opened";
         m_port.close();
         m_available[n - 1] = opened;
     }
@@ -64,7 +102,12 @@ bool PortSearch::Check_Version() {
     m_port.close();
     m_port.setPortName(portName(m_st.PortNumber));
     protocol::VersionInfo info = m_version;
-    if (!probeMeter(m_port, m_pump, info)) return false;
+    if (!probeMeter(m_port, m_pump, info)) {
+        // A port can refuse the second open (taken by another program meanwhile).
+        const std::size_t at = static_cast<std::size_t>(m_st.PortNumber - 1);
+        if (at < m_reasons.size()) m_reasons[at] = m_port.openError();
+        return false;
+    }
     m_version = info;
     m_checkedPort = m_st.PortNumber;
     // An unknown code still counts as a meter found; it is only not started.
@@ -90,8 +133,9 @@ void PortSearch::mnuConnectionConnect_Click() {
         if (found) break;
 
         splash("No Hardware Detected");
-        const Answer a = m_prompter.ask(kNoHardwareTitle + m_versionText, kNoHardwareText,
-                                        Buttons::RetryCancel, Icon::Critical);
+        const Answer a =
+            m_prompter.ask(kNoHardwareTitle + m_versionText, kNoHardwareText, Buttons::RetryCancel,
+                           Icon::Critical, noHardwareDetail(m_candidates, m_reasons));
         if (a == Answer::Retry) {
             Init_Ports();
             continue;

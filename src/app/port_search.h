@@ -22,6 +22,12 @@ struct SearchHooks {
     std::function<void()> connected;
 };
 
+// What the no-meter box adds to its fixed text: each candidate and why it
+// gave no meter (reasons[n-1] for port n), and the fix when the system
+// refused access.
+BoxDetail noHardwareDetail(const std::vector<std::string>& ports,
+                           const std::vector<std::string>& reasons);
+
 // Finding the meter: port n is candidates[n-1], all opened through the one
 // serial port object by setting its name.
 class PortSearch {
@@ -74,7 +80,8 @@ private:
     std::string m_versionText;
     SearchHooks m_hooks;
 
-    std::vector<bool> m_available;  // entry n-1 for port n
+    std::vector<bool> m_available;       // entry n-1 for port n
+    std::vector<std::string> m_reasons;  // why port n gave no meter in the last search
     int m_checkedPort = 0;
     bool m_sensorMenuShown = false;
     protocol::VersionInfo m_version;

@@ -67,7 +67,8 @@ void MainWindow::dialCalibration() {
             },
             [this] {
                 if (const auto error = writeSessionConfig())
-                    m_prompter.ask(error->title, error->text, Buttons::Ok, Icon::Critical);
+                    m_prompter.ask(error->title, error->text, Buttons::Ok, Icon::Critical,
+                                   {.informative = error->detail});
             },
             this);
         dialog.exec();

@@ -103,7 +103,10 @@ void DialCalibrator::stepWhileHeld(Step step) {
 void DialCalibrator::Defaults() {
     for (int i = 0; i < count(); ++i) {
         select(i);
-        m_values[static_cast<std::size_t>(i)] = nominal(i);
+        int& value = m_values[static_cast<std::size_t>(i)];
+        // A reset the meter has not been given yet is a change like any other.
+        if (value != nominal(i)) m_changed = true;
+        value = nominal(i);
         changed();
     }
     select(0);

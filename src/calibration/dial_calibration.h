@@ -67,6 +67,7 @@ public:
 
     // Every line back to its nominal drive. Each line is selected first, so
     // the needle is driven to the value the line had; then line 0 again.
+    // A line that was off its nominal drive counts as changed.
     void Defaults();
 
     // Values not yet written to the meter ("Upload" enabled).

@@ -35,6 +35,12 @@ ScaleDialog::ScaleDialog(SerialPort& port, Pump& pump, Prompter& prompter,
     connect(m_lstDial, &QListWidget::currentRowChanged, this, [this](int row) {
         if (row >= 0 && row != m_model.currentIndex()) m_model.select(row);
     });
+    // A click on the line already selected changes no row, yet the operator
+    // means it: drive the needle to that mark again.
+    m_lstDial->viewport()->installEventFilter(this);
+    connect(m_lstDial, &QListWidget::pressed, this, [this](const QModelIndex& index) {
+        if (index.isValid() && index.row() == m_rowBeforePress) m_model.select(index.row());
+    });
     connect(m_cmdCycle, &QPushButton::clicked, this, [this] { m_model.Cycle(); });
     // Press and hold: the model steps while the button is down, letting
     // events run between steps, so the release reaches it. The stepping starts
@@ -197,6 +203,13 @@ void ScaleDialog::upload() {
     setBusy(false);
     // The values are kept whether or not the meter took them all.
     if (m_saveSessionConfig) m_saveSessionConfig();
+}
+
+bool ScaleDialog::eventFilter(QObject* watched, QEvent* event) {
+    // Before the view moves the selection, so a press can tell which row was current.
+    if (watched == m_lstDial->viewport() && event->type() == QEvent::MouseButtonPress)
+        m_rowBeforePress = m_model.currentIndex();
+    return QDialog::eventFilter(watched, event);
 }
 
 bool ScaleDialog::mayClose() {

@@ -39,6 +39,7 @@ public slots:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     QPushButton* button(const char* name, const QString& caption);
@@ -55,6 +56,7 @@ private:
     std::function<void()> m_saveSessionConfig;
     bool m_uploading = false;
     bool m_refreshing = false;
+    int m_rowBeforePress = -1;  // the selected line when the mouse went down on the list
 
     QListWidget* m_lstDial = nullptr;
     QLabel* m_lblMark = nullptr;

@@ -59,12 +59,15 @@ Answer fromQt(int button) {
 }  // namespace
 
 Answer QtPrompter::ask(const std::string& title, const std::string& text, Buttons buttons,
-                       Icon icon) {
+                       Icon icon, const BoxDetail& detail) {
     const ButtonSet set = toQt(buttons);
     if (m_unattended) return fromQt(set.escape);
     QMessageBox box(toQt(icon), QString::fromStdString(title), QString::fromStdString(text),
                     set.buttons, m_parent);
     box.setObjectName("msgBox");
+    if (!detail.informative.empty())
+        box.setInformativeText(QString::fromStdString(detail.informative));
+    if (!detail.detailed.empty()) box.setDetailedText(QString::fromStdString(detail.detailed));
     box.setEscapeButton(set.escape);
     const int chosen = box.exec();
     // A box closed by the window manager answers as its negative button.

@@ -14,8 +14,8 @@ public:
     // its negative answer at once, without a box.
     void setUnattended(bool unattended) { m_unattended = unattended; }
 
-    Answer ask(const std::string& title, const std::string& text, Buttons buttons,
-               Icon icon) override;
+    Answer ask(const std::string& title, const std::string& text, Buttons buttons, Icon icon,
+               const BoxDetail& detail = {}) override;
 
 private:
     QWidget* m_parent;

@@ -18,6 +18,7 @@ public:
     bool open() override;
     void close() override;
     bool isOpen() const override;
+    std::string openError() const override { return m_lastError.toStdString(); }
 
     int bytesWaiting() override;
     std::string read(int maxBytes) override;

@@ -18,6 +18,9 @@ public:
     virtual bool open() = 0;
     virtual void close() = 0;
     virtual bool isOpen() const = 0;
+    // The system's reason for the last failed open ("Permission denied"),
+    // empty when the port cannot tell.
+    virtual std::string openError() const { return {}; }
 
     virtual int bytesWaiting() = 0;
     virtual std::string read(int maxBytes) = 0;

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "common/vb_format.h"
+#include "settings/dial_types.h"
 
 namespace lv {
 
@@ -99,6 +100,11 @@ LoadResult takeRecords(std::vector<lvdRecord>&& records, std::optional<int> dial
             buffer.replaceRecords(std::move(records));
             result =
                 failure(LoadStatus::WrongDialType, "Wrong Dial Type", "This file is incompatible.");
+            const std::string recorded = dialTypeCaption(dialTypeOf(record.StatusFlags));
+            result.detail = "It was recorded with the dial type \"" + recorded +
+                            "\"; the dial type set now is \"" + dialTypeCaption(*dialType) +
+                            "\". Choose \"" + recorded +
+                            "\" in Settings → Meter Setup... to play it.";
             result.recordsRead = i;
             return result;
         }
@@ -206,7 +212,11 @@ LoadResult loadLvdFile(const std::filesystem::path& path, std::optional<int> dia
     if (!readFully(file.get(), reinterpret_cast<std::uint8_t*>(records.data()), wanted, got))
         return unreadable(path, std::strerror(errno));
 
-    if (!Verify_lvd_Format(bytesOf(records, got))) return incompatible();
+    if (!Verify_lvd_Format(bytesOf(records, got))) {
+        LoadResult result = incompatible();
+        result.detail = path.string();
+        return result;
+    }
     LoadResult result = takeRecords(std::move(records), dialType, buffer, progress);
     if (result.ok()) result.caption = path.filename().string();
     return result;

@@ -27,6 +27,8 @@ struct LoadResult {
     LoadStatus status = LoadStatus::Loaded;
     std::string title;  // empty when loaded
     std::string text;
+    // What the box adds below its text: the file, or the two dial types.
+    std::string detail;
     // Records taken into the buffer: RecCount when loaded; with a wrong dial
     // type, up to and including the first record of the other type.
     std::int32_t recordsRead = 0;

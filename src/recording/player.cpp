@@ -60,8 +60,9 @@ Player::Player(RecordingState& rs, AudioTracks& tracks, MeterState& st, Settings
 
 // ---- Loading ----
 
-bool Player::loadFailed(const std::string& title, const std::string& text, Icon icon) {
-    m_prompter.ask(title, text, Buttons::Ok, icon);
+bool Player::loadFailed(const std::string& title, const std::string& text, Icon icon,
+                        const BoxDetail& detail) {
+    m_prompter.ask(title, text, Buttons::Ok, icon, detail);
     return false;
 }
 
@@ -128,7 +129,8 @@ bool Player::Load_File(const std::string& path, const std::function<void()>& unl
     });
     m_loading = false;
     if (!result.ok() && result.status != LoadStatus::WrongDialType)
-        return loadFailed(result.title, result.text, Icon::Exclamation);
+        return loadFailed(result.title, result.text, Icon::Exclamation,
+                          {.informative = result.detail});
 
     if (active()) cmdStop_Click();
     if (unload) unload();
@@ -142,7 +144,8 @@ bool Player::Load_File(const std::string& path, const std::function<void()>& unl
         m_rs.playStart = 1;
         m_rs.playEnd = buffer.RecCount;
         m_panel.setLoadedFile("", "");
-        return loadFailed(result.title, result.text, Icon::Exclamation);
+        return loadFailed(result.title, result.text, Icon::Exclamation,
+                          {.informative = result.detail});
     }
     AudioTrack* track = chooseAudio(base);
     if (!track) return false;

@@ -100,7 +100,8 @@ private:
     AudioTrack* chooseAudio(const std::string& base);
     // The message for a sound file that is not there; empty when it is.
     std::string missingAudio(const std::string& base) const;
-    bool loadFailed(const std::string& title, const std::string& text, Icon icon);
+    bool loadFailed(const std::string& title, const std::string& text, Icon icon,
+                    const BoxDetail& detail = {});
     bool ready() const;  // a recording and its track to play
     void startFromPlayStart();
     void stopPlayback(bool restartMeter);

@@ -11,6 +11,7 @@
 
 #include "common/qt_option_group.h"
 #include "display/clock_text.h"
+#include "settings/dial_types.h"
 
 namespace lv {
 
@@ -28,8 +29,9 @@ MeterDialog::MeterDialog(Settings& settings, QWidget* parent)
     m_framDate = new QGroupBox("Date", this);
     m_framDate->setObjectName("framDate");
 
-    m_optDial = optionGroup(framMeter, "optDial",
-                            {"Circular 1", "Traditional", "Traditional Continuous", "Circular 2"});
+    m_optDial = optionGroup(
+        framMeter, "optDial",
+        {kDialTypeCaptions[0], kDialTypeCaptions[1], kDialTypeCaptions[2], kDialTypeCaptions[3]});
     m_optScale = optionGroup(framScale, "optScale", {"Traditional", "Simple"});
     m_optClock = optionGroup(framClock, "optClock", {"None", "Analog", "12 Hour", "24 Hour"});
     m_optDateType = optionGroup(m_framDate, "optDateType", {"Hide", "Short", "Long"});

@@ -1,5 +1,7 @@
 #include "settings/session_config.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -167,13 +169,18 @@ bool LoadSessionConfig(const std::filesystem::path& dataFolder, SessionConfig& c
 std::optional<SessionConfigError> SaveSessionConfig(const std::filesystem::path& dataFolder,
                                                     const SessionConfig& config) {
     const std::string text = sessionConfigText(config);
-    std::ofstream out(configPath(dataFolder), std::ios::binary | std::ios::trunc);
+    const std::filesystem::path file = configPath(dataFolder);
+    errno = 0;
+    std::ofstream out(file, std::ios::binary | std::ios::trunc);
     if (out) {
         out.write(text.data(), static_cast<std::streamsize>(text.size()));
         out.close();
         if (!out.fail()) return std::nullopt;
     }
-    return SessionConfigError{"Error Saving Session Config File", "Save Config File"};
+    // The streams keep no reason of their own; errno still holds the system's.
+    const std::string reason = errno != 0 ? std::strerror(errno) : "the file could not be written";
+    return SessionConfigError{"Error Saving Session Config File", "Save Config File",
+                              file.string() + "\n\n" + reason};
 }
 
 }  // namespace lv

@@ -38,6 +38,7 @@ struct SessionConfig {
 struct SessionConfigError {
     std::string text;
     std::string title;
+    std::string detail;  // the file and the system's reason
 };
 
 // The file's bytes.

@@ -110,18 +110,23 @@ TEST_F(ExitSequenceTest, SettingsFollowTheAutosaveChoice) {
 }
 
 TEST_F(ExitSequenceTest, ASessionConfigFailureIsShownAndTheExitGoesOn) {
-    configError = SessionConfigError{"Error Saving Session Config File", "Save Config File"};
+    configError = SessionConfigError{"Error Saving Session Config File", "Save Config File",
+                                     "/d/lv_Analog.cfg\n\nRead-only file system"};
     prompter.answers = {Answer::Ok};
     EXPECT_EQ(exit({}), ExitResult::Closed);
     EXPECT_EQ(prompter.asked,
               (std::vector<Question>{{"Save Config File", "Error Saving Session Config File",
                                       Buttons::Ok, Icon::Critical}}));
+    EXPECT_EQ(prompter.details.at(0).informative, "/d/lv_Analog.cfg\n\nRead-only file system");
     EXPECT_EQ(log, (Lines{"cfg", "audio"}));
     EXPECT_TRUE(fs::exists(store.SettingsFilePath));
 
     EXPECT_EQ(exit({false, false, true}), ExitResult::Closed);
     EXPECT_TRUE(prompter.asked.empty()) << "no box when nobody is there";
-    EXPECT_EQ(log, (Lines{"cfg (ini there)", "report Error Saving Session Config File", "audio"}));
+    EXPECT_EQ(log, (Lines{"cfg (ini there)",
+                          "report Error Saving Session Config File: /d/lv_Analog.cfg\n\n"
+                          "Read-only file system",
+                          "audio"}));
 }
 
 }  // namespace

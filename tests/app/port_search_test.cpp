@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "support/fake_pump.h"
@@ -19,7 +20,9 @@ using Lines = std::vector<std::string>;
 class DevicePort : public test::ScriptedPort {
 public:
     bool open() override {
-        openable = !unopenable.count(portName());
+        const auto refused = refusals.find(portName());
+        openFailure = refused == refusals.end() ? "" : refused->second;
+        openable = !unopenable.count(portName()) && refused == refusals.end();
         log.push_back(portName() + " open");
         return ScriptedPort::open();
     }
@@ -29,6 +32,7 @@ public:
     }
     int count(const std::string& entry) const { return std::count(log.begin(), log.end(), entry); }
     std::set<std::string> unopenable;
+    std::map<std::string, std::string> refusals;  // port -> the system's reason
     Lines log;
 };
 
@@ -156,6 +160,48 @@ TEST_F(PortSearchTest, CancelGivesDemoModeRetrySearchesAgain) {
     EXPECT_EQ(st.PortNumber, 3);
     EXPECT_EQ(port.count("p1 V"), 3) << "each Retry searches every port again";
     EXPECT_EQ(port.count("p6 V"), 2);
+}
+
+// The box keeps its text; why each port failed goes into its details.
+TEST_F(PortSearchTest, NoMeterBoxTellsWhyEachPortFailed) {
+    const struct {
+        std::map<std::string, std::string> refusals;
+        std::string detailed;                  // the lines for p1..p3
+        std::vector<std::string> informative;  // pieces the informative text holds
+    } cases[] = {
+        {{},
+         "p1: opened, but no meter answered\np2: opened, but no meter answered\n"
+         "p3: opened, but no meter answered\n",
+         {"No meter answered"}},
+        {{{"p1", "No such file or directory"}, {"p3", "Permission denied"}},
+         "p1: No such file or directory\np2: opened, but no meter answered\n"
+         "p3: Permission denied\n",
+         {"Permission denied on p3.", "\"dialout\"", "usermod -aG dialout", "log in again"}},
+        {{{"p1", "Permission denied"}, {"p2", "Permission denied"}, {"p3", ""}},
+         "p1: Permission denied\np2: Permission denied\np3: could not be opened\n",
+         {"Permission denied on p1, p2."}},
+    };
+    for (const auto& c : cases) {
+        prompter.asked.clear();
+        prompter.details.clear();
+        prompter.answers = {Answer::Cancel};
+        port.refusals = c.refusals;
+        PortSearch(port, pump, st, display, prompter, settings, {"p1", "p2", "p3"}, "1")
+            .mnuConnectionConnect_Click();
+        ASSERT_EQ(prompter.details.size(), 1u);
+        EXPECT_EQ(prompter.asked[0].text,
+                  "Check connection and Retry, or Cancel to run in demo mode.");
+        EXPECT_EQ(prompter.details[0].detailed, c.detailed);
+        for (const std::string& piece : c.informative)
+            EXPECT_NE(prompter.details[0].informative.find(piece), std::string::npos)
+                << prompter.details[0].informative << " lacks " << piece;
+    }
+    EXPECT_NE(noHardwareDetail({}, {}).informative.find("No serial port was found"),
+              std::string::npos);
+    const std::vector<std::string> denied(5, "Permission denied");
+    EXPECT_EQ(noHardwareDetail({"a", "b", "c", "d", "e"}, denied)
+                  .informative.rfind("Permission denied on a, b, c and 2 more. ", 0),
+              0u);
 }
 
 TEST_F(PortSearchTest, StartUpTriesTheSavedPortFirst) {

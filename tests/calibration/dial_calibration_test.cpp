@@ -99,6 +99,7 @@ TEST(DialCalibration, DefaultsDrivesEachLineThenTakeOverBuildsTheTable) {
     EXPECT_EQ(r.port.written, (Lines{"0D2N\r", "295N\r", "44CN\r", "632N\r", "800N\r", "9CFN\r",
                                      "B9DN\r", "D6CN\r", "F28N\r", "0C6N\r"}));
     EXPECT_EQ(r.cal.currentIndex(), 0);
+    EXPECT_TRUE(r.cal.valuesChanged()) << "the reset is for the meter to take";
 
     r.cal.select(4);
     r.cal.press();

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QListWidget>
+#include <QMouseEvent>
 #include <QProgressBar>
 #include <QPushButton>
 
@@ -50,13 +51,36 @@ TEST_F(ScaleDialogTest, NamedControlsDriveTheMeter) {
     EXPECT_EQ(control<QProgressBar>(*d, "pbUpgrade")->maximum(), 512);
     EXPECT_FALSE(control(*d, "cmdSave")->isEnabled());
 
-    list->setCurrentRow(4);
+    // A click on another line drives once; on the line already selected, again.
+    d->show();
+    const auto clickLine = [list](int row) {
+        const QPointF at = list->visualItemRect(list->item(row)).center();
+        for (const bool down : {true, false}) {
+            QMouseEvent e(down ? QEvent::MouseButtonPress : QEvent::MouseButtonRelease, at,
+                          list->viewport()->mapToGlobal(at), Qt::LeftButton,
+                          down ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(list->viewport(), &e);
+        }
+    };
+    clickLine(4);
+    clickLine(4);
     click(*d, "cmdUp");
     EXPECT_EQ(list->item(4)->text(), "2050");
     EXPECT_TRUE(control(*d, "cmdSave")->isEnabled());
     control(*d, "Command2")->click();
-    EXPECT_EQ(port.written,
-              (std::vector<std::string>{"S\r", "0C8N\r", "800N\r", "802N\r", ":00000001FF\r"}));
+    EXPECT_EQ(port.written, (std::vector<std::string>{"S\r", "0C8N\r", "800N\r", "800N\r", "802N\r",
+                                                      ":00000001FF\r"}));
+}
+
+// Defaults counts as a change to upload only when a line was off its mark.
+TEST_F(ScaleDialogTest, DefaultsEnablesUploadWhenItChangesAValue) {
+    for (const std::int16_t first : {200, 198}) {
+        stored = {first};
+        const auto d = open(1);
+        click(*d, "cmdReset");
+        EXPECT_EQ(control(*d, "cmdSave")->isEnabled(), first != 198) << first;
+        EXPECT_EQ(control<QListWidget>(*d, "lstDial")->item(0)->text(), "198");
+    }
 }
 
 TEST_F(ScaleDialogTest, ClosingWithValuesNotUploadedAsks) {

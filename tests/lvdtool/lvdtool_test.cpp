@@ -4,9 +4,14 @@
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <tuple>
+
+#include <QColor>
+#include <QImage>
 
 #include "lvdtool/lvd_report.h"
 #include "lvdtool/lvd_synth.h"
+#include "lvdtool/time_axis.h"
 #include "recording/lvd_file.h"
 #include "support/temp_dir.h"
 
@@ -62,11 +67,34 @@ TEST_F(LvdToolTest, CsvShowsWhatTheDialShows) {
         "index,time_ms,raw,needle,bd,base_code,base,sensitivity,lamp,bd_flag,dial_type,frame\n"
         "1,20,65535,-2503,100,82,2.45,36,2,1,3,O\n2,40,1234,-2503,1.5,245,6.5,36,0,0,3,P");
     EXPECT_EQ(json.str().substr(0, json.str().find('\n')),
-              "{\"index\":1,\"time_ms\":20,\"raw\":65535,\"needle\":-2503,\"bd\":\"100\","
-              "\"base_code\":82,\"base\":\"2.45\",\"sensitivity\":36,\"lamp\":2,\"bd_flag\":true,"
+              "{\"index\":1,\"time_ms\":20,\"raw\":65535,\"needle\":-2503,\"bd\":100,"
+              "\"base_code\":82,\"base\":2.45,\"sensitivity\":36,\"lamp\":2,\"bd_flag\":true,"
               "\"dial_type\":3,\"frame\":\"O\"}");
+    EXPECT_NE(json.str().find("\"bd\":1.5,\"base_code\":245,\"base\":6.5,"), std::string::npos);
     writeInfo(rec, info);
     EXPECT_NE(info.str().find("start_time: none\ndate: 1999-12-31\n"), std::string::npos);
+}
+
+// The unit follows the length; ticks are round, from 0, four to ten of them.
+TEST(TimeAxis, UnitAndTicksByLength) {
+    const struct {
+        double ms;
+        const char* unit;
+        double step;
+        std::size_t ticks;
+    } cases[] = {
+        {15'000, "seconds", 2, 8},       {600, "seconds", 0.1, 7},
+        {179'000, "seconds", 20, 9},     {180'000, "minutes", 0.5, 7},
+        {45 * 60'000, "minutes", 5, 10}, {3 * 3'600'000 - 1, "minutes", 20, 9},
+        {26 * 3'600'000, "hours", 3, 9}, {0, "seconds", 0.1, 1},
+    };
+    for (const auto& c : cases) {
+        const TimeAxis a = timeAxisFor(c.ms);
+        EXPECT_EQ(std::tuple(a.unit, a.step, a.ticks.size()), std::tuple(c.unit, c.step, c.ticks))
+            << c.ms;
+        EXPECT_EQ(a.ticks.front(), 0);
+        EXPECT_LE(a.ticks.back() * a.unitMs, c.ms + 1e-6);
+    }
 }
 
 TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
@@ -90,8 +118,23 @@ TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
     EXPECT_EQ(run("csv " + path("r.lvd") + " -o " + path("r.csv")), 0);
     std::ifstream csv(path("r.csv"));
     EXPECT_EQ(std::count(std::istreambuf_iterator<char>(csv), {}, '\n'), 601);
-    EXPECT_EQ(run("plot " + path("r.lvd") + " -o " + path("r.png")), 0) << out;
-    EXPECT_GT(fs::file_size(path("r.png")), 1000u);
+    EXPECT_EQ(run("plot " + path("r.lvd") + " -o " + path("r.png") + " --width 1600"), 0) << out;
+    // 600 records on ~1500 pixel columns: the needle's trace has no gaps.
+    const QImage png(QString::fromStdString(path("r.png")));
+    int firstX = -1, lastX = -1, gaps = 0;
+    for (int x = 0; x < png.width(); ++x) {
+        bool red = false;
+        for (int y = 0; y < png.height() && !red; ++y) {
+            const QColor c = png.pixelColor(x, y);
+            red = c.red() - std::max(c.green(), c.blue()) > 40;  // antialiased too
+        }
+        if (!red) continue;
+        if (firstX < 0) firstX = x;
+        gaps += lastX >= 0 && x > lastX + 1;
+        lastX = x;
+    }
+    EXPECT_GT(lastX - firstX, 1400);
+    EXPECT_EQ(gaps, 0);
 
     std::ofstream(path("empty.lvd")).close();
     std::ifstream whole(path("r.lvd"), std::ios::binary);

@@ -90,11 +90,18 @@ TEST_F(PlayerTest, EachFailedLoadSaysWhyAndLeavesNoTrack) {
         std::filesystem::remove_all(dir.path());
         std::filesystem::create_directory(dir.path());
         prompter.asked.clear();
+        prompter.details.clear();
         prompter.answers = {Answer::Ok};
         cfg.AudioEnable = audio;
         EXPECT_FALSE(load(records, {beside})) << title;
         using Q = test::ScriptedPrompter::Question;
         EXPECT_EQ(prompter.asked, (std::vector<Q>{{title, text, Buttons::Ok, icon}}));
+        // Only the dial type box has more to say: type 2 recorded, type 1 set.
+        const std::string& informative = prompter.details.at(0).informative;
+        EXPECT_EQ(informative.find("\"Traditional Continuous\"; the dial type set now is "
+                                   "\"Traditional\"") != std::string::npos,
+                  records == otherDial)
+            << informative;
         EXPECT_FALSE(rs.track || sound.isOpen || placeholder.isOpen) << text;
     }
     EXPECT_EQ(panel.loadedCaption, "");  // the wrong dial type empties the caption

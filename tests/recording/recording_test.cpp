@@ -124,6 +124,10 @@ TEST(LoadLvdBytes, WrongDialTypeKeepsTheRecordsReadUpToTheFirstOther) {
         const lv::LoadResult r = lv::loadLvdBytes(bytes, dial, buffer);
         EXPECT_EQ(r.title + "|" + r.text,
                   dial ? "Wrong Dial Type|This file is incompatible." : "|");
+        EXPECT_EQ(r.detail, dial ? "It was recorded with the dial type \"number 7\"; the dial "
+                                   "type set now is \"Traditional\". Choose \"number 7\" in "
+                                   "Settings → Meter Setup... to play it."
+                                 : "");
         EXPECT_EQ(r.recordsRead, read);
         for (std::int32_t i = 1; i <= 10; ++i)
             EXPECT_EQ(buffer(i).TimeMs, i <= read ? i * 20 : 0) << i;
@@ -164,8 +168,8 @@ TEST_F(Folder, LoadAndSaveFailuresSayWhichFile) {
         lv::RecBuffer buffer;
         const lv::LoadResult r = lv::loadLvdFile(file(name), 1, buffer);
         EXPECT_EQ(std::tuple(r.status, r.title), std::tuple(status, title)) << name;
-        const std::string path = status == Incompatible ? "" : file(name).string();
-        EXPECT_EQ(r.text.substr(0, path.size()), path);
+        const std::string path = file(name).string();
+        EXPECT_EQ((status == Incompatible ? r.detail : r.text).substr(0, path.size()), path);
         EXPECT_EQ(buffer.RecCount, 0);
     }
     const lv::SaveResult r = lv::saveLvdRecords(file("missing/x.lvd"), {}, std::nullopt);

@@ -266,6 +266,7 @@ TEST_F(Folder, SessionConfigIsSequentialWriteTextAndRoundTrips) {
     const auto error = SaveSessionConfig(file("lv_Analog.cfg"), written);  // not a folder
     EXPECT_EQ(error.value().text + "/" + error.value().title,
               "Error Saving Session Config File/Save Config File");
+    EXPECT_EQ(error.value().detail, file("lv_Analog.cfg") + "/lv_Analog.cfg\n\nNot a directory");
 }
 
 TEST(SessionConfig, ItemsOneToEightAreNeededAndTheRestIsTakenAsFarAsItGoes) {

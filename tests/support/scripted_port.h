@@ -24,6 +24,7 @@ public:
         m_open = false;
     }
     bool isOpen() const override { return m_open; }
+    std::string openError() const override { return m_open ? "" : openFailure; }
 
     int bytesWaiting() override { return static_cast<int>(input.size()); }
     std::string read(int maxBytes) override {
@@ -59,6 +60,7 @@ public:
     std::vector<int> thresholds;
     std::function<void(const std::string&)> onWrite;
     bool openable = true;
+    std::string openFailure;  // the reason a refused open gives
     int opens = 0;
     int discards = 0;
 

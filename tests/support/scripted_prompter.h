@@ -27,9 +27,10 @@ public:
         }
     };
 
-    Answer ask(const std::string& title, const std::string& text, Buttons buttons,
-               Icon icon) override {
+    Answer ask(const std::string& title, const std::string& text, Buttons buttons, Icon icon,
+               const BoxDetail& detail = {}) override {
         asked.push_back({title, text, buttons, icon});
+        details.push_back(detail);
         if (onAsk) onAsk();
         if (answers.empty())
             throw std::runtime_error("ScriptedPrompter: unexpected question \"" + text + "\"");
@@ -42,6 +43,8 @@ public:
     // Runs while a box is up: what the operator does before answering.
     std::function<void()> onAsk;
     std::vector<Question> asked;
+    // The informative and detailed texts, one entry per question asked.
+    std::vector<BoxDetail> details;
 };
 
 }  // namespace lv::test

@@ -173,24 +173,71 @@ QRectF placeOf(QTextDocument& doc, const QTextBlock& b) {
     return doc.documentLayout()->blockBoundingRect(b);
 }
 
-// Moves a heading to the next page when the text it heads would start there,
-// or when it would stand in the last few lines of its page.
-void keepHeadingsWithText(QTextDocument& doc, double pageHeight, double lineHeight) {
+// The lines of a block, from the top of the first to the bottom of the last,
+// in the document's coordinates; empty for a block without lines.
+QRectF linesOf(QTextDocument& doc, const QTextBlock& b) {
+    const QTextLayout* layout = b.layout();
+    if (!layout || layout->lineCount() == 0) return {};
+    const double top = doc.documentLayout()->blockBoundingRect(b).top();
+    const QTextLine first = layout->lineAt(0);
+    const QTextLine last = layout->lineAt(layout->lineCount() - 1);
+    return QRectF(0, top + first.y(), 1, last.y() + last.height() - first.y());
+}
+
+int pageOf(double y, double pageHeight) {
+    return static_cast<int>(std::floor(y / pageHeight));
+}
+
+void breakBefore(QTextBlock b) {
+    QTextBlockFormat bf = b.blockFormat();
+    bf.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+    QTextCursor(b).setBlockFormat(bf);  // lays the rest out again
+}
+
+// One pass from the top, each decision moving only what follows:
+// - a heading goes to the next page when the text it heads would start there,
+//   or when it would stand in the last few lines of its page;
+// - a paragraph or list item that would run over a page break starts on the
+//   next page instead, with the headings right above it. The painter draws
+//   a page by clipping the whole document, and Qt writes the line above a
+//   clip's top edge into the page too: invisible there, but found by search
+//   and copy, so a block split by a page break would show up on both pages.
+void paginate(QTextDocument& doc, double pageHeight, double lineHeight) {
     for (QTextBlock b = doc.begin(); b.isValid(); b = b.next()) {
         QTextBlockFormat bf = b.blockFormat();
-        if (bf.headingLevel() == 0 || bf.pageBreakPolicy() & QTextFormat::PageBreak_AlwaysBefore)
+        if (bf.pageBreakPolicy() & QTextFormat::PageBreak_AlwaysBefore) continue;
+        if (bf.headingLevel() > 0) {
+            QTextBlock text = b.next();
+            while (text.isValid() && text.blockFormat().headingLevel() > 0) text = text.next();
+            const QRectF r = placeOf(doc, b);
+            const int page = pageOf(r.top(), pageHeight);
+            const double pageEnd = (page + 1) * pageHeight;
+            const bool textOnLaterPage =
+                text.isValid() && pageOf(placeOf(doc, text).top(), pageHeight) > page;
+            if (textOnLaterPage || pageEnd - r.bottom() < kHeadingRoomLines * lineHeight)
+                breakBefore(b);
             continue;
-        QTextBlock text = b.next();
-        while (text.isValid() && text.blockFormat().headingLevel() > 0) text = text.next();
-        const QRectF r = placeOf(doc, b);
-        const int page = static_cast<int>(r.top() / pageHeight);
-        const double pageEnd = (page + 1) * pageHeight;
-        const bool textOnLaterPage =
-            text.isValid() && static_cast<int>(placeOf(doc, text).top() / pageHeight) > page;
-        if (textOnLaterPage || pageEnd - r.bottom() < kHeadingRoomLines * lineHeight) {
-            bf.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
-            QTextCursor(b).setBlockFormat(bf);  // lays the rest out again
         }
+        const QRectF lines = linesOf(doc, b);
+        // A block taller than a page has to be split; it is the guide's author's to avoid.
+        if (lines.isEmpty() || lines.height() > pageHeight) continue;
+        if (pageOf(lines.top(), pageHeight) == pageOf(lines.bottom() - 1, pageHeight)) continue;
+        if (QTextTable* table = QTextCursor(b).currentTable()) {
+            // A row runs on over the break: the table starts on the next page,
+            // when it fits on one.
+            QTextTableFormat tf = table->format();
+            if (!(tf.pageBreakPolicy() & QTextFormat::PageBreak_AlwaysBefore) &&
+                doc.documentLayout()->frameBoundingRect(table).height() <= pageHeight) {
+                tf.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+                table->setFormat(tf);
+            }
+            continue;
+        }
+        QTextBlock first = b;
+        while (first.previous().isValid() && first.previous().blockFormat().headingLevel() > 0 &&
+               !(first.blockFormat().pageBreakPolicy() & QTextFormat::PageBreak_AlwaysBefore))
+            first = first.previous();
+        breakBefore(first);
     }
 }
 
@@ -211,7 +258,10 @@ public:
         const QRect page = writer.pageLayout().paintRectPixels(kDpi);
         m_width = page.width();
         m_footer = kFooterMm / 25.4 * kDpi;
-        m_bodyHeight = page.height() - m_footer;
+        // Whole device pixels: the layout keeps page heights in 1/64 pixel
+        // steps, and a page break the painting puts elsewhere by a fraction
+        // shows the first line of a page on the one before it as well.
+        m_bodyHeight = std::floor(page.height() - m_footer);
 
         QFile in(o.input);
         if (!in.open(QIODevice::ReadOnly)) fail("cannot read " + o.input);
@@ -224,7 +274,7 @@ public:
         m_line = QFontMetricsF(textFont(kBodyPoints), &writer).lineSpacing();
         style(m_doc, m_line);
         m_doc.setPageSize(QSizeF(m_width, m_bodyHeight));
-        keepHeadingsWithText(m_doc, m_bodyHeight, m_line);
+        paginate(m_doc, m_bodyHeight, m_line);
         m_headings = headings(m_doc, m_bodyHeight);
         m_contentsLines =
             static_cast<int>((m_bodyHeight - 3.5 * m_line) / (kContentsSpacing * m_line));
@@ -297,9 +347,17 @@ private:
 
     void bodyPage(QPainter& p, int index) const {
         p.save();
-        const QRectF clip(0, index * m_bodyHeight, m_width, m_bodyHeight);
-        p.translate(0, -clip.top());
-        m_doc.drawContents(&p, clip);
+        const QRectF page(0, index * m_bodyHeight, m_width, m_bodyHeight);
+        p.translate(0, -page.top());
+        p.setClipRect(page, Qt::IntersectClip);
+        // The layout draws every line that touches its clip, and the painter's
+        // clip only hides what falls outside: a line beginning on the next page,
+        // or ending where this one begins, would still be written into this
+        // page, invisible but found by search and copy. A pixel in from each
+        // edge, only the page's own lines touch it.
+        QAbstractTextDocumentLayout::PaintContext context;
+        context.clip = page.adjusted(0, 1, 0, -1);
+        m_doc.documentLayout()->draw(&p, context);
         p.restore();
     }
 

@@ -1,5 +1,6 @@
 #include "lvdtool/lvd_report.h"
 
+#include <cctype>
 #include <cstdio>
 
 #include "common/vb_date.h"
@@ -14,6 +15,25 @@ std::string isoDate(std::chrono::year_month_day d) {
     std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(d.year()),
                   static_cast<unsigned>(d.month()), static_cast<unsigned>(d.day()));
     return text;
+}
+
+// The dial's texts are decimal numbers already; one that is not valid JSON
+// (a format changed one day) becomes null rather than a broken line.
+std::string jsonNumber(const std::string& text) {
+    std::size_t i = 0;
+    const auto digits = [&] {
+        const std::size_t from = i;
+        while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i]))) ++i;
+        return i - from;
+    };
+    if (i < text.size() && text[i] == '-') ++i;
+    const std::size_t whole = digits();
+    bool valid = whole == 1 || (whole > 1 && text[i - whole] != '0');
+    if (valid && i < text.size() && text[i] == '.') {
+        ++i;
+        valid = digits() > 0;
+    }
+    return valid && i == text.size() ? text : "null";
 }
 
 }  // namespace
@@ -60,10 +80,10 @@ void writeRecords(const RecBuffer& buffer, RecordFormat format, std::ostream& ou
                 << '\n';
         } else {
             out << "{\"index\":" << index << ",\"time_ms\":" << r.TimeMs
-                << ",\"raw\":" << v.rawReading << ",\"needle\":" << v.needlePos << ",\"bd\":\""
-                << v.bd << "\",\"base_code\":" << int{r.BaseCode} << ",\"base\":\"" << v.base
-                << "\",\"sensitivity\":" << v.sensitivity << ",\"lamp\":" << v.lampCode
-                << ",\"bd_flag\":" << (v.bdFlag ? "true" : "false")
+                << ",\"raw\":" << v.rawReading << ",\"needle\":" << v.needlePos
+                << ",\"bd\":" << jsonNumber(v.bd) << ",\"base_code\":" << int{r.BaseCode}
+                << ",\"base\":" << jsonNumber(v.base) << ",\"sensitivity\":" << v.sensitivity
+                << ",\"lamp\":" << v.lampCode << ",\"bd_flag\":" << (v.bdFlag ? "true" : "false")
                 << ",\"dial_type\":" << v.dialType << ",\"frame\":\"" << frame << "\"}\n";
         }
     }

@@ -42,11 +42,12 @@ constexpr const char* kCsvHelp =
     "Usage: lvdtool csv FILE [--json] [-o OUT]\n"
     "One header line and one line per record:\n"
     "index,time_ms,raw,needle,bd,base_code,base,sensitivity,lamp,bd_flag,dial_type,frame\n"
-    "raw is the meter's reading 0..65535, bd and base the texts the dial shows,\n"
+    "raw is the meter's reading 0..65535, bd and base the numbers the dial shows,\n"
     "lamp the lamp state 0..3, frame the frame letter. --json writes JSON lines.\n";
 constexpr const char* kPlotHelp =
     "Usage: lvdtool plot FILE -o OUT.png [--width W] [--height H]\n"
-    "Draws the needle trace and the Base over time (minutes). Default 1600x900.\n";
+    "Draws the needle trace and the Base over time (seconds, minutes or hours by\n"
+    "the recording's length). Default 1600x900.\n";
 constexpr const char* kSynthHelp =
     "Usage: lvdtool synth OUT.lvd --seconds N [--dial-type D] [--seed S]\n"
     "                    [--start 'YYYY-MM-DD HH:MM:SS'] [--no-stamp]\n"

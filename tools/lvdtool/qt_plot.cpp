@@ -6,25 +6,21 @@
 #include <cmath>
 #include <vector>
 
+#include "lvdtool/time_axis.h"
+
 namespace lv::tool {
 
 namespace {
 
 struct Column {
-    int lo = 0, hi = 0;  // needle range in this pixel column
-    double base = 0;     // Base at the column's last record
+    int lo = 0, hi = 0;       // needle range in this pixel column
+    int first = 0, last = 0;  // needle at the column's first and last record
+    double base = 0;          // Base at the column's last record
     bool used = false;
 };
 
 double baseValue(std::uint8_t code) {
     return ((code >> 1) + 8) / 20.0;
-}
-
-// Ticks at 1, 2, 5, 10 ... minutes so that there are about eight of them.
-double tickMinutes(double totalMinutes) {
-    for (double step : {0.25, 0.5, 1.0, 2.0, 5.0, 10.0, 15.0, 30.0, 60.0, 120.0})
-        if (totalMinutes / step <= 10) return step;
-    return 240.0;
 }
 
 }  // namespace
@@ -55,7 +51,8 @@ bool plotRecording(const RecBuffer& buffer, const QString& title, const QString&
     for (const lvdRecord& r : records) {
         const int x = std::clamp(static_cast<int>(r.TimeMs / totalMs * (plotW - 1)), 0, plotW - 1);
         Column& c = cols[static_cast<std::size_t>(x)];
-        if (!c.used) c.lo = c.hi = r.NeedlePos;
+        if (!c.used) c.lo = c.hi = c.first = r.NeedlePos;
+        c.last = r.NeedlePos;
         c.lo = std::min<int>(c.lo, r.NeedlePos);
         c.hi = std::max<int>(c.hi, r.NeedlePos);
         c.base = baseValue(r.BaseCode);
@@ -73,20 +70,20 @@ bool plotRecording(const RecBuffer& buffer, const QString& title, const QString&
     p.setPen(QColor(200, 200, 200));
     p.drawRect(needleRect);
     p.drawRect(baseRect);
-    const double minutes = totalMs / 60000.0;
-    const double step = tickMinutes(minutes);
+    const TimeAxis axis = timeAxisFor(totalMs);
     QFont font = p.font();
     font.setPixelSize(12);
     p.setFont(font);
-    for (double m = 0; m <= minutes + 1e-9; m += step) {
-        const double x = left + m / minutes * (plotW - 1);
+    for (double t : axis.ticks) {
+        const double x = left + t * axis.unitMs / totalMs * (plotW - 1);
         p.setPen(QColor(225, 225, 225));
         p.drawLine(QPointF(x, top), QPointF(x, baseRect.bottom()));
         p.setPen(Qt::black);
         p.drawText(QRectF(x - 40, baseRect.bottom() + 4, 80, 16), Qt::AlignCenter,
-                   QString::number(m, 'g', 4));
+                   QString::number(t, 'g', 4));
     }
-    p.drawText(QRectF(left, height - 18, plotW, 16), Qt::AlignCenter, "minutes");
+    p.drawText(QRectF(left, height - 18, plotW, 16), Qt::AlignCenter,
+               QString::fromStdString(axis.unit));
     p.drawText(QRectF(4, top, left - 8, 16), Qt::AlignRight, QString::number(needleMax));
     p.drawText(QRectF(4, needleRect.bottom() - 16, left - 8, 16), Qt::AlignRight,
                QString::number(needleMin));
@@ -100,17 +97,24 @@ bool plotRecording(const RecBuffer& buffer, const QString& title, const QString&
     p.setFont(font);
     p.drawText(QRectF(left, 8, plotW, 24), Qt::AlignLeft | Qt::AlignVCenter, title);
 
-    p.setPen(QPen(QColor(200, 30, 30), 1));
-    QPointF lastBase;
+    // One trace, whatever the density: a short recording leaves pixel
+    // columns without a record, which the line bridges; a long one puts many
+    // records in a column, whose range is drawn upright.
+    const QPen needlePen(QColor(200, 30, 30), 1);
+    const QPen basePen(QColor(20, 90, 170), 1.5);
+    QPointF lastNeedle, lastBase;
     bool haveLast = false;
     for (int x = 0; x < plotW; ++x) {
         const Column& c = cols[static_cast<std::size_t>(x)];
         if (!c.used) continue;
-        p.setPen(QPen(QColor(200, 30, 30), 1));
+        p.setPen(needlePen);
+        const QPointF first(left + x, needleY(c.first));
+        if (haveLast) p.drawLine(lastNeedle, first);
         p.drawLine(QPointF(left + x, needleY(c.lo)), QPointF(left + x, needleY(c.hi) - 0.5));
         const QPointF here(left + x, baseY(c.base));
-        p.setPen(QPen(QColor(20, 90, 170), 1.5));
+        p.setPen(basePen);
         if (haveLast) p.drawLine(lastBase, here);
+        lastNeedle = QPointF(left + x, needleY(c.last));
         lastBase = here;
         haveLast = true;
     }
