@@ -26,7 +26,7 @@ struct WindowPlacement {
 // it holds the dial calibration. What the operator should be told about
 // that comes back; empty when there is nothing to tell.
 std::string loadProgramFiles(const std::filesystem::path& dataFolder, SettingsStore& store,
-                      SessionConfig& session);
+                             SessionConfig& session);
 
 // The port to try first. Port n is the n-th candidate, so a number saved
 // when the list had another length may now name another device: then none.

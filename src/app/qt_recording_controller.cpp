@@ -242,8 +242,8 @@ void RecordingController::offerRecovery() {
     // Kept first, asked second: whatever the answer, and whatever comes next,
     // the interrupted session is a recording of its own in recovered/.
     const std::filesystem::path data = m_w.store.DataFolder;
-    const auto kept = RecoveryJournal::preserve(data, data / RecoveryJournal::kRecoveredFolder,
-                                                m_w.store.values);
+    const auto kept =
+        RecoveryJournal::preserve(data, data / RecoveryJournal::kRecoveredFolder, m_w.store.values);
     using Outcome = RecoveryJournal::Preserved::Outcome;
     if (kept.outcome == Outcome::Nothing) return;
     const int seconds = kept.recordCount / 50;
@@ -258,8 +258,8 @@ void RecordingController::offerRecovery() {
                          Buttons::Ok, Icon::Exclamation);
         return;
     }
-    const std::string where = kept.lvdFile.string() +
-                              (kept.wavFile ? "\n" + kept.wavFile->string() : std::string());
+    const std::string where =
+        kept.lvdFile.string() + (kept.wavFile ? "\n" + kept.wavFile->string() : std::string());
     const std::string text = about + "\n\nIt has been kept as\n" + where + "\n\nLoad it now?";
     if (m_w.prompter.ask(kRecoverTitle, text, Buttons::YesNo, Icon::Question) == Answer::Yes)
         loadFile(QString::fromStdString(kept.lvdFile.string()));

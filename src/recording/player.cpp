@@ -98,7 +98,8 @@ AudioTrack* Player::chooseAudio(const std::string& base) {
         sound.close();
     }
     const std::string compressed = base + ".mp3";
-    if (soundFileThere(compressed) && sound.openFile(compressed, AudioKind::Compressed) == kAudioOk) {
+    if (soundFileThere(compressed) &&
+        sound.openFile(compressed, AudioKind::Compressed) == kAudioOk) {
         m_rs.AudioBytesPerSec = kMillisecondTrack;
         return &sound;
     }

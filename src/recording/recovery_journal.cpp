@@ -301,8 +301,8 @@ RecoveryJournal::Preserved RecoveryJournal::preserve(const fs::path& folder, con
         return fail(saved.saved ? lvd.string() + ": cannot be written" : saved.text);
     }
     const bool withWave = s->found.pcmFile.has_value();
-    if (withWave && (!writeWave(*s->found.pcmFile, h.audioLeadInBytes, wavPart) ||
-                     !syncFile(wavPart))) {
+    if (withWave &&
+        (!writeWave(*s->found.pcmFile, h.audioLeadInBytes, wavPart) || !syncFile(wavPart))) {
         fs::remove(lvdPart, ec);
         fs::remove(wavPart, ec);
         return fail(wav.string() + ": cannot be written");

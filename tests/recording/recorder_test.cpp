@@ -393,7 +393,8 @@ TEST(Recorder, ANewRecordingKeepsAnInterruptedOneInRecoveredAndOpensItsOwnJourna
     RecBuffer buffer;
     ASSERT_TRUE(loadLvdFile(kept.string() + ".lvd", std::nullopt, buffer).ok());
     EXPECT_EQ(buffer.RecCount, 60);
-    EXPECT_EQ(fs::file_size(kept.string() + ".wav"), static_cast<std::uintmax_t>(44 + ((sound - 44100) & ~std::int64_t{1})));
+    EXPECT_EQ(fs::file_size(kept.string() + ".wav"),
+              static_cast<std::uintmax_t>(44 + ((sound - 44100) & ~std::int64_t{1})));
 
     next.rec.cmdStop_Click();
     next.rec.Flush_RecBuffer();

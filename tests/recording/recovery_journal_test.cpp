@@ -56,9 +56,9 @@ TEST(RecoveryJournal, ACrashIsKeptAsAStampedPairNamedByItsStartNeverOverAnotherF
         // An ordinary recording: the loader takes it, with its start.
         RecBuffer buffer;
         ASSERT_TRUE(loadLvdFile(kept.lvdFile, 1, buffer).ok());
-        EXPECT_EQ(std::tuple(buffer.RecCount, buffer.TotalTimeMs, buffer.StartTimeSecs,
-                             buffer.StartDays),
-                  std::tuple(5, 100, 50829, 8831));
+        EXPECT_EQ(
+            std::tuple(buffer.RecCount, buffer.TotalTimeMs, buffer.StartTimeSecs, buffer.StartDays),
+            std::tuple(5, 100, 50829, 8831));
         // The sound less its lead-in, as a 22050 Hz 16-bit mono PCM wave.
         const char header[] =
             "RIFF\x2c\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x22\x56\0\0\x44\xac\0\0\x02\0\x10\0"
