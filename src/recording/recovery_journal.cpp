@@ -1,6 +1,7 @@
 #include "recording/recovery_journal.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -84,8 +85,14 @@ std::optional<RecoveryJournal::Header> decodeHeader(const std::uint8_t* in) {
 }
 
 std::optional<std::vector<std::uint8_t>> readWhole(const fs::path& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    // Never waits: a named pipe in the journal's place is no journal.
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) return std::nullopt;
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        return std::nullopt;
+    }
     std::vector<std::uint8_t> bytes;
     std::array<std::uint8_t, 65536> chunk;
     for (;;) {
@@ -144,6 +151,16 @@ LocalDateTime localDateTimeOf(std::int32_t days, std::int32_t secs) {
     return t;
 }
 
+// A journal that a recorder still holds open, here or in another instance
+// of the program on the same data folder, is a recording in progress.
+bool inUse(const fs::path& records) {
+    const int fd = ::open(records.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return false;
+    const bool held = ::flock(fd, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    ::close(fd);
+    return held;
+}
+
 bool syncFile(const fs::path& path) {
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
@@ -192,14 +209,16 @@ RecoveryJournal::~RecoveryJournal() {
 
 bool RecoveryJournal::open(const fs::path& folder, const Header& header) {
     close();
-    if (find(folder)) return false;
+    if (inUse(folder / kRecordsFile) || find(folder)) return false;
     m_folder = folder;
     m_failed = false;
     constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
     m_records = ::open((folder / kRecordsFile).c_str(), kFlags, 0644);
     m_audio = ::open((folder / kAudioFile).c_str(), kFlags, 0644);
     const auto block = encodeHeader(header);
-    if (m_records < 0 || m_audio < 0 || !writeAll(m_records, block.data(), block.size())) {
+    // Held for as long as it is open, so that no one takes it for a crash's.
+    if (m_records < 0 || m_audio < 0 || ::flock(m_records, LOCK_EX | LOCK_NB) != 0 ||
+        !writeAll(m_records, block.data(), block.size())) {
         close();
         removeFiles(folder);
         return false;
@@ -267,6 +286,7 @@ std::optional<RecoveryJournal::Recovered> RecoveryJournal::find(const fs::path& 
 RecoveryJournal::Preserved RecoveryJournal::preserve(const fs::path& folder, const fs::path& into,
                                                      const Settings& settings) {
     Preserved out;
+    if (inUse(folder / kRecordsFile)) return out;
     auto s = scan(folder);
     if (!s) {
         // Nothing recorded (a crash in the lead-in): nothing to keep.

@@ -55,8 +55,9 @@ public:
     ~RecoveryJournal();
 
     // Starts a journal afresh in the folder. A journal with records already
-    // there is someone's interrupted session: then nothing is opened and it
-    // stays as it is. One without records is replaced.
+    // there is someone's interrupted session, and one held open is another
+    // instance's recording: then nothing is opened and it stays as it is. One
+    // without records is replaced.
     bool open(const std::filesystem::path& folder, const Header& header);
     bool isOpen() const { return m_records >= 0; }
     // Rewrites the header in place, e.g. when the sound is given up.
@@ -80,7 +81,8 @@ public:
     // `into` (created when missing): a .lvd stamped with its start, and the
     // sound less its lead-in as a .wav, named by the start's date and time and
     // never over an existing file. The journal goes only once both are on
-    // the disk; a journal without records simply goes.
+    // the disk; a journal without records simply goes; one held open by a
+    // recorder is left alone (Nothing).
     static Preserved preserve(const std::filesystem::path& folder,
                               const std::filesystem::path& into, const Settings& settings);
     static void removeFiles(const std::filesystem::path& folder);

@@ -109,6 +109,11 @@ TEST(RecoveryJournal, NothingWithoutRecordsNoSoundOnceGivenUpAndDiscardRemovesAl
     later.SaveName = std::string(600, 'n');    // longer than the header holds
     ASSERT_TRUE(journal.updateHeader(later));  // in place, records kept
     journal.appendRecord(frame(40));
+    // Held open: a recording in progress, here or in another instance.
+    EXPECT_EQ(RecoveryJournal::preserve(dir.path(), dir.path() / "r", Settings{}).outcome,
+              RecoveryJournal::Preserved::Outcome::Nothing);
+    RecoveryJournal other;
+    EXPECT_FALSE(other.open(dir.path(), kHeader));
     journal.close();
     const auto got = RecoveryJournal::find(dir.path());
     ASSERT_TRUE(got);
