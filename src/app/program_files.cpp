@@ -42,8 +42,12 @@ std::string loadProgramFiles(const std::filesystem::path& dataFolder, SettingsSt
         // written as zeros, so the old file is kept first.
         const fs::path cfg = dataFolder / kSessionConfigFileName;
         std::error_code ec;
-        if (!fs::is_regular_file(cfg, ec)) {
+        const fs::file_status status = fs::status(cfg, ec);
+        if (status.type() == fs::file_type::not_found) {
             SaveSessionConfig(dataFolder, session);
+        } else if (!fs::is_regular_file(status)) {
+            // Writing to a pipe or device would wait, or go nowhere.
+            notice = cfg.string() + " is not an ordinary file, so it is left as it is.";
         } else if (const auto bak = keepCopy(cfg)) {
             SaveSessionConfig(dataFolder, session);
             notice = cfg.string() +
