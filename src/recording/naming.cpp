@@ -55,27 +55,31 @@ bool prefixStaysInFolder(const std::string& prefix) {
     return prefix.find('/') == std::string::npos && prefix.find('\0') == std::string::npos;
 }
 
+bool nameTaken(const std::string& savePath, const std::string& name) {
+    std::error_code ec;
+    return std::filesystem::exists(std::filesystem::symlink_status(lvdPathFor(savePath, name), ec)) ||
+           std::filesystem::exists(std::filesystem::symlink_status(wavPathFor(savePath, name), ec));
+}
+
+std::string freeVariant(const std::string& savePath, const std::string& name) {
+    std::string free = name;
+    for (int n = 2; nameTaken(savePath, free); ++n) free = name + "_" + std::to_string(n);
+    return free;
+}
+
 std::string freeAutoName(Settings& settings, const LocalDateTime& now, bool& counted) {
     counted = false;
-    const auto taken = [&settings](const std::string& name) {
-        std::error_code ec;
-        return std::filesystem::exists(
-                   std::filesystem::symlink_status(lvdPathFor(settings.SavePath, name), ec)) ||
-               std::filesystem::exists(
-                   std::filesystem::symlink_status(wavPathFor(settings.SavePath, name), ec));
-    };
     std::string name = autoName(settings, now);
     if (settings.SuffixType == kSuffixNumber) {
-        while (taken(name) && settings.SuffixNum < std::numeric_limits<std::int16_t>::max()) {
+        while (nameTaken(settings.SavePath, name) &&
+               settings.SuffixNum < std::numeric_limits<std::int16_t>::max()) {
             ++settings.SuffixNum;
             counted = true;
             name = autoName(settings, now);
         }
     }
     // A date-time taken already, or a series that has run out of numbers.
-    const std::string base = name;
-    for (int n = 2; taken(name); ++n) name = base + "_" + std::to_string(n);
-    return name;
+    return freeVariant(settings.SavePath, name);
 }
 
 std::filesystem::path lvdPathFor(const std::string& savePath, const std::string& name) {

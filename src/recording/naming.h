@@ -31,6 +31,10 @@ bool prefixStaysInFolder(const std::string& prefix);
 // series moves SuffixNum on to the next free number, and a date-time name
 // that is taken gets "_2", "_3", ... True in `counted` when SuffixNum moved.
 std::string freeAutoName(Settings& settings, const LocalDateTime& now, bool& counted);
+// Whether a .lvd or .wav of the name is in the save folder (a dangling link counts).
+bool nameTaken(const std::string& savePath, const std::string& name);
+// The name itself when free, else the name with "_2", "_3", ...
+std::string freeVariant(const std::string& savePath, const std::string& name);
 
 // SavePath + name + ".lvd" / ".wav" (SavePath ends in the separator).
 std::filesystem::path lvdPathFor(const std::string& savePath, const std::string& name);

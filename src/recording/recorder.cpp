@@ -172,13 +172,17 @@ void Recorder::nameRecording() {
 bool Recorder::freeSaveName() {
     // A file that has appeared under the name since the recording started
     // (another program, a copy) is never written over: the name moves on.
-    const std::string base = m_cfg.SavePath + m_state.SaveName;
-    std::error_code ec;
-    if (base == m_state.loadedBase ||
-        (!fs::exists(fs::symlink_status(lvdPathFor(m_cfg.SavePath, m_state.SaveName), ec)) &&
-         !fs::exists(fs::symlink_status(wavPathFor(m_cfg.SavePath, m_state.SaveName), ec))))
+    if (m_cfg.SavePath + m_state.SaveName == m_state.loadedBase ||
+        !nameTaken(m_cfg.SavePath, m_state.SaveName))
         return false;
-    nameRecording();
+    if (m_cfg.SuffixType == kSuffixNumber) {
+        bool counted = false;
+        m_state.SaveName = freeAutoName(m_cfg, m_now(), counted);
+        if (counted) countedUp();
+    } else {
+        // The start's date and time stay in the name.
+        m_state.SaveName = freeVariant(m_cfg.SavePath, m_state.SaveName);
+    }
     return true;
 }
 

@@ -344,6 +344,17 @@ TEST(Recorder, AutomaticNamesSkipFilesThatExistAndTheNumberIsKeptAtOnce) {
         for (const auto& name : c.present) EXPECT_EQ(readFile(r.dir.path() / name), "older");
         EXPECT_EQ(kept, c.kept) << c.name;
     }
+
+    // "Auto Name": a file that appears under the name before Save is passed over too.
+    Rig r(2, false);
+    std::vector<std::int16_t> kept;
+    r.rec.setNumberingSaver([&] { kept.push_back(r.cfg.SuffixNum); });
+    r.record(3);
+    std::ofstream(r.dir.path() / "Rec007.wav") << "older";
+    ASSERT_TRUE(r.rec.cmdSave_Click(std::nullopt));
+    EXPECT_EQ(r.panel.loadedCaption, "Rec008");
+    EXPECT_EQ(readFile(r.dir.path() / "Rec007.wav"), "older");
+    EXPECT_EQ(kept, (std::vector<std::int16_t>{8, 9}));
 }
 
 TEST(Recorder, StoppedInTheLeadInLeavesNoFileAndNoNumberUsed) {
