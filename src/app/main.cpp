@@ -44,10 +44,23 @@ constexpr int kScreenshotFrames = 25;
 constexpr qint64 kScreenshotNoMeterMs = 3000;
 constexpr qint64 kScreenshotGiveUpMs = 10000;
 
+// Help and version are text only: answered before the window's application
+// exists, so that they work where there is no display at all.
+void answerTextOnly(int argc, char* argv[], QCommandLineParser& parser) {
+    QStringList args;
+    for (int i = 0; i < argc; ++i) args << QString::fromLocal8Bit(argv[i]);
+    // Options of the window system (-platform ...) are unknown here: only
+    // whether help or version was asked for counts.
+    parser.parse(args);
+    if (!parser.isSet("help") && !parser.isSet("help-all") && !parser.isSet("version")) return;
+    QCoreApplication text(argc, argv);
+    parser.process(text);  // prints and leaves
+    finish(0);
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    QApplication app(argc, argv);
     QCoreApplication::setApplicationName("lv_Analog");
     QCoreApplication::setApplicationVersion(LV_VERSION);
 
@@ -70,6 +83,9 @@ int main(int argc, char* argv[]) {
     parser.addOption(dataDirOption);
     parser.addOption(exitAfterOption);
     parser.addOption(screenshotOption);
+    answerTextOnly(argc, argv, parser);
+
+    QApplication app(argc, argv);
     parser.process(app);
 
     const std::filesystem::path exeDir = QCoreApplication::applicationDirPath().toStdString();

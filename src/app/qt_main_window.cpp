@@ -128,7 +128,8 @@ void MainWindow::Form_Load() {
     splashText("Loading");
     QCoreApplication::processEvents();
 
-    loadProgramFiles(m_options.dataFolder, m_store, m_sessionConfig);
+    const std::string filesNotice =
+        loadProgramFiles(m_options.dataFolder, m_store, m_sessionConfig);
     placeWindow();
     startRecording();
 
@@ -142,6 +143,8 @@ void MainWindow::Form_Load() {
     };
     m_session.findMeterAtStart(m_sessionConfig, hooks);
     if (m_splash) m_splash->hide();
+    if (!filesNotice.empty())
+        m_prompter.ask("Session Configuration", filesNotice, Buttons::Ok, Icon::Exclamation);
 
     m_menus->syncFromSettings();
     MeterState& st = m_session.state();

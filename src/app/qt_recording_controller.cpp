@@ -35,6 +35,7 @@ RecordingController::RecordingController(RecordPanel& panel, Wiring wiring, QObj
     m_recorder = std::make_unique<Recorder>(m_rs, m_tracks, m_w.st, cfg, m_w.display, m_panel,
                                             m_w.pump, m_w.prompter, [] { return localNow(); });
     m_recorder->setRecoveryFolder(m_w.store.DataFolder);
+    m_recorder->setNumberingSaver([this] { SaveRecordingSettings(m_w.store); });
     auto send = [this](const std::string& line) {
         if (m_w.st.PortNumber != 0 && m_w.sendToMeter) m_w.sendToMeter(line);
     };
@@ -238,16 +239,30 @@ bool RecordingController::keyPressed(QKeyEvent* event) {
 }
 
 void RecordingController::offerRecovery() {
-    const auto found = RecoveryJournal::find(m_w.store.DataFolder);
-    if (!found || found->recordCount < 1) return;
-    const int seconds = found->recordCount / 50;
-    const std::string text = "A recording of about " + std::to_string(seconds / 60) + " min " +
-                             std::to_string(seconds % 60) +
-                             " s was interrupted before it was saved.\n\nRecover it now? It "
-                             "is then in the buffer, unsaved, ready to be saved.";
+    // Kept first, asked second: whatever the answer, and whatever comes next,
+    // the interrupted session is a recording of its own in recovered/.
+    const std::filesystem::path data = m_w.store.DataFolder;
+    const auto kept =
+        RecoveryJournal::preserve(data, data / RecoveryJournal::kRecoveredFolder, m_w.store.values);
+    using Outcome = RecoveryJournal::Preserved::Outcome;
+    if (kept.outcome == Outcome::Nothing) return;
+    const int seconds = kept.recordCount / 50;
+    const std::string about = "A recording of about " + std::to_string(seconds / 60) + " min " +
+                              std::to_string(seconds % 60) +
+                              " s was interrupted before it was saved.";
+    if (kept.outcome == Outcome::Failed) {
+        m_w.prompter.ask(kRecoverTitle,
+                         about + "\n\nIt could not be kept as a recording of its own:\n" +
+                             kept.error + "\n\nIts journal stays in " + data.string() +
+                             ", and nothing new is written over it.",
+                         Buttons::Ok, Icon::Exclamation);
+        return;
+    }
+    const std::string where =
+        kept.lvdFile.string() + (kept.wavFile ? "\n" + kept.wavFile->string() : std::string());
+    const std::string text = about + "\n\nIt has been kept as\n" + where + "\n\nLoad it now?";
     if (m_w.prompter.ask(kRecoverTitle, text, Buttons::YesNo, Icon::Question) == Answer::Yes)
-        m_recorder->recoverFromJournal();
-    // No keeps the journal: the operator may change their mind at the next start.
+        loadFile(QString::fromStdString(kept.lvdFile.string()));
 }
 
 void RecordingController::keepForRecovery() {

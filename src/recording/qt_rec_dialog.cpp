@@ -183,10 +183,17 @@ void RecDialog::browse() {
 }
 
 void RecDialog::reset() {
+    // The series in force, not a prefix or folder typed here and not yet confirmed.
+    Settings saved = m_settings;
+    if (saved.SavePrefix.empty() || !prefixStaysInFolder(saved.SavePrefix)) {
+        m_prompter.ask("Reset", resetNumbering(saved).refused, Buttons::Ok, Icon::Exclamation);
+        return;
+    }
     if (m_prompter.ask("Warning", "Warning..Reset may delete files!", Buttons::YesNo,
                        Icon::Exclamation) != Answer::Yes)
         return;
-    const ResetOutcome outcome = resetNumbering(m_draft);
+    const ResetOutcome outcome = resetNumbering(saved);
+    m_draft.SuffixNum = saved.SuffixNum;
     refresh();
     if (outcome.notDeleted.empty()) return;
     std::string list;

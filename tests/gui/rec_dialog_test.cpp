@@ -166,23 +166,29 @@ TEST_F(RecDialogTest, CancelChangesNothingAndOkWritesEveryChoice) {
     }
 }
 
-TEST_F(RecDialogTest, ResetDeletesTheNumberedSeriesOfTheTypedPrefix) {
+TEST_F(RecDialogTest, ResetDeletesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix) {
     const std::set<std::string> all{"S001.lvd", "S999.wav", "S0001.lvd",
                                     "S001.txt", "T001.lvd", "Prefix_001.lvd"};
-    const std::tuple<Answer, std::set<std::string>, std::int16_t> cases[] = {
-        {Answer::No, all, 7},
-        {Answer::Yes, {"S0001.lvd", "S001.txt", "T001.lvd", "Prefix_001.lvd"}, 1}};
-    for (const auto& [answer, left, suffixNum] : cases) {
+    const std::set<std::string> afterS{"S0001.lvd", "S001.txt", "T001.lvd", "Prefix_001.lvd"};
+    const Question warning{"Warning", "Warning..Reset may delete files!", Buttons::YesNo,
+                           Icon::Exclamation};
+    // The saved prefix, the answer to the warning; "T" is typed but never confirmed.
+    const std::tuple<std::string, Answer, std::set<std::string>, std::int16_t> cases[] = {
+        {"S", Answer::No, all, 7}, {"S", Answer::Yes, afterS, 1}, {"", Answer::Yes, all, 7}};
+    for (const auto& [saved, answer, left, suffixNum] : cases) {
         for (const std::string& name : all) std::ofstream(dir.file(name)) << 'x';
+        cfg.SavePrefix = saved;
         const auto d = open();
-        typePrefix(*d, "S");
+        typePrefix(*d, "T");
         prompter.asked.clear();
         prompter.answers = {answer};
         click(*d, "cmdReset");
-        EXPECT_EQ(prompter.asked,
-                  std::vector<Question>({{"Warning", "Warning..Reset may delete files!",
-                                          Buttons::YesNo, Icon::Exclamation}}));
-        EXPECT_EQ(files(), left);
+        ASSERT_EQ(prompter.asked.size(), 1u);
+        if (saved.empty())
+            EXPECT_EQ(prompter.asked[0].title, "Reset") << "refused before any warning";
+        else
+            EXPECT_EQ(prompter.asked[0], warning);
+        EXPECT_EQ(files(), left) << saved;
         EXPECT_EQ(d->edited().SuffixNum, suffixNum);
         EXPECT_EQ(cfg.SuffixNum, 7) << "only OK writes the number back";
     }
