@@ -2,8 +2,10 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QElapsedTimer>
+#include <QIcon>
 #include <QSerialPortInfo>
 #include <QSocketNotifier>
+#include <QStandardPaths>
 #include <QTimer>
 #include <QWidget>
 #include <algorithm>
@@ -83,16 +85,24 @@ int main(int argc, char* argv[]) {
     parser.addOption(dataDirOption);
     parser.addOption(exitAfterOption);
     parser.addOption(screenshotOption);
+    parser.addPositionalArgument("file", "A recording (.lvd) to open, ready to play.",
+                                 "[FILE.lvd]");
     answerTextOnly(argc, argv, parser);
 
     QApplication app(argc, argv);
     parser.process(app);
+    QApplication::setWindowIcon(QIcon(":/lv_Analog.svg"));
+    // The desktop entry's name: the window is matched to its launcher and icon.
+    QGuiApplication::setDesktopFileName("lv_Analog");
 
     const std::filesystem::path exeDir = QCoreApplication::applicationDirPath().toStdString();
     const char* xdg = std::getenv("XDG_CONFIG_HOME");
     const char* home = std::getenv("HOME");
-    const lv::DataFolderResult data = lv::chooseDataFolder(
-        {parser.value(dataDirOption).toStdString(), exeDir, xdg ? xdg : "", home ? home : ""});
+    const std::string documents =
+        QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation).toStdString();
+    const lv::DataFolderResult data =
+        lv::chooseDataFolder({parser.value(dataDirOption).toStdString(), exeDir, xdg ? xdg : "",
+                              home ? home : "", documents});
     if (!data.error.empty()) {
         std::fprintf(stderr, "lv_Analog: %s\n", data.error.c_str());
         return 2;
@@ -121,6 +131,7 @@ int main(int argc, char* argv[]) {
         return lv::portCandidates(given, envPorts, systemPorts());
     };
     lv::MainWindow window(std::move(options));
+    window.setRecordingsFolder(data.recordings);
 
     // A signal or --exit-after closes the window as Quit does, answering no
     // question. One that lands during start-up (the port search, its
@@ -151,7 +162,10 @@ int main(int argc, char* argv[]) {
 
     window.Form_Load();
     window.show();
-    if (parser.isSet(playOption)) window.recording().playFile(parser.value(playOption));
+    if (parser.isSet(playOption))
+        window.recording().playFile(parser.value(playOption));
+    else if (!parser.positionalArguments().isEmpty())
+        window.recording().openFile(parser.positionalArguments().constFirst());
     const bool live = window.session().state().PortNumber != 0;
 
     bool shot = !parser.isSet(screenshotOption);

@@ -128,6 +128,9 @@ void MainWindow::Form_Load() {
     splashText("Loading");
     QCoreApplication::processEvents();
 
+    m_store.RecordingsFolder = !m_recordingsFolder.empty()
+                                   ? m_recordingsFolder
+                                   : recordingsInside(m_options.dataFolder.string());
     const std::string filesNotice =
         loadProgramFiles(m_options.dataFolder, m_store, m_sessionConfig);
     placeWindow();
@@ -261,6 +264,23 @@ MenuHooks MainWindow::menuHooks() {
         const QColor c = QColorDialog::getColor(toQColor(current), this, title);
         if (!c.isValid()) return std::nullopt;
         return rgb(c.red(), c.green(), c.blue());
+    };
+    // The recording controller comes with the start-up; the menus before it.
+    h.open = [this] {
+        if (m_recording) m_recording->open();
+    };
+    h.recentFiles = [this] { return m_recording ? m_recording->recentFiles() : QStringList(); };
+    h.openRecent = [this](const QString& path) {
+        if (m_recording) m_recording->openFile(path);
+    };
+    h.save = [this] {
+        if (m_recording) m_recording->saveFromMenu();
+    };
+    h.saveAs = [this] {
+        if (m_recording) m_recording->saveAsFromMenu();
+    };
+    h.exportRecording = [this] {
+        if (m_recording) m_recording->exportRecording();
     };
     h.quit = [this] { close(); };
     h.dialCalibration = [this] { dialCalibration(); };

@@ -4,10 +4,17 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QMainWindow>
 #include <QMenu>
+#include <QStatusBar>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
 
 #include "common/vb_date.h"
+#include "recording/lvd_report.h"
 #include "recording/naming.h"
+#include "recording/qt_recording_plot.h"
 #include "recording/qt_rec_dialog.h"
 #include "recording/rec_setup.h"
 #include "recording/recovery_journal.h"
@@ -17,8 +24,10 @@ namespace lv {
 namespace {
 
 const QString kLvdFilter = "LVD file (*.lvd*)";
-// Files offered by the Load button's right click and the "L" key.
-constexpr int kRecentFiles = 10;
+// The same picture lvdtool plot draws by default.
+constexpr int kPlotWidth = 1600;
+constexpr int kPlotHeight = 900;
+constexpr int kStatusMessageMs = 10000;
 // The journal reaches the disk at least this often while recording.
 constexpr int kJournalTickMs = 500;
 
@@ -30,7 +39,9 @@ RecordingController::RecordingController(RecordPanel& panel, Wiring wiring, QObj
     : QObject(parent),
       m_panel(panel),
       m_w(std::move(wiring)),
-      m_tracks{m_sound, m_placeholder, m_w.dummyPath} {
+      m_tracks{m_sound, m_placeholder, m_w.dummyPath},
+      m_recent(std::filesystem::path(m_w.store.DataFolder) / kRecentFilesName) {
+    m_recent.load();
     Settings& cfg = m_w.store.values;
     m_recorder = std::make_unique<Recorder>(m_rs, m_tracks, m_w.st, cfg, m_w.display, m_panel,
                                             m_w.pump, m_w.prompter, [] { return localNow(); });
@@ -121,55 +132,157 @@ void RecordingController::liveNeedle(std::int32_t needle) {
 }
 
 void RecordingController::pressStop() {
+    const std::string before = m_rs.loadedBase;
     if (m_recorder->recording()) m_recorder->cmdStop_Click();
+    noteSaved(before);
 }
 
 void RecordingController::record() {
     if (m_player->active() || m_recorder->recording()) return;
+    makeSaveFolder();
     m_recorder->cmdRecord_Click();
+    if (m_recorder->recording()) showLoadedInTitle({});
 }
 
 void RecordingController::stop() {
+    const std::string before = m_rs.loadedBase;
     if (m_recorder->recording())
         m_recorder->cmdStop_Click();
     else
         m_player->cmdStop_Click();
     syncTimers();
+    noteSaved(before);
 }
 
 void RecordingController::save() {
+    if (m_recorder->recording()) return;
     if (m_recorder->saveCaption() != "Save As") {
+        const std::string before = m_rs.loadedBase;
         m_recorder->cmdSave_Click(std::nullopt);
+        noteSaved(before);
         return;
     }
+    saveRecordingAs();
+}
+
+void RecordingController::saveRecordingAs() {
+    makeSaveFolder();
+    const std::string before = m_rs.loadedBase;
     const QString start = QString::fromStdString(m_w.store.values.SavePath);
     const QString path =
         QFileDialog::getSaveFileName(m_w.window, "Save Recording As", start, kLvdFilter);
     if (path.isEmpty()) return;
-    if (m_recorder->cmdSave_Click(path.toStdString())) rememberRecent(path);
+    m_recorder->cmdSave_Click(path.toStdString());
+    noteSaved(before);
 }
 
 void RecordingController::saveAsFromLabel() {
-    if (m_rs.buffer.RecCount < 1) return;
+    if (m_rs.buffer.RecCount < 1 || m_recorder->recording()) return;
+    makeSaveFolder();
+    const std::string before = m_rs.loadedBase;
     const QString path =
         QFileDialog::getSaveFileName(m_w.window, "Save Recording As",
                                      QString::fromStdString(m_w.store.values.SavePath), kLvdFilter);
-    if (!path.isEmpty() && m_recorder->saveAsFromLabel(path.toStdString())) rememberRecent(path);
+    if (!path.isEmpty()) m_recorder->saveAsFromLabel(path.toStdString());
+    noteSaved(before);
+}
+
+void RecordingController::saveAsFromMenu() {
+    if (m_recorder->recording()) return;
+    // A recording not yet saved gets its start stamp, as the panel's Save As
+    // gives it; a loaded one is copied as it stands, as from the label.
+    if (m_rs.RecHasData && m_rs.RecNotSaved)
+        saveRecordingAs();
+    else
+        saveAsFromLabel();
+}
+
+void RecordingController::noteSaved(const std::string& baseBefore) {
+    if (m_rs.RecNotSaved || m_rs.loadedBase.empty() || m_rs.loadedBase == baseBefore) return;
+    const QString path = QString::fromStdString(m_rs.loadedBase + ".lvd");
+    m_w.store.values.LoadPath = QFileInfo(path).absolutePath().toStdString() + "/";
+    rememberRecent(path);
+    showLoadedInTitle(path);
+}
+
+void RecordingController::exportRecording() {
+    if (m_recorder->recording() || m_rs.buffer.RecCount < 1) return;
+    const QString loaded = m_rs.loadedBase.empty()
+                               ? QString::fromStdString(m_w.store.values.SavePath) + "recording"
+                               : QString::fromStdString(m_rs.loadedBase);
+    const QString csv = QFileDialog::getSaveFileName(m_w.window, "Export Recording",
+                                                     loaded + ".csv", "CSV file (*.csv)");
+    if (csv.isEmpty()) return;
+    const QString base = csv.endsWith(".csv", Qt::CaseInsensitive) ? csv.chopped(4) : csv;
+    const QString png = base + ".png";
+    QString problem;
+    {
+        std::ofstream out(csv.toStdString(), std::ios::trunc);
+        tool::writeRecords(m_rs.buffer, tool::RecordFormat::Csv, out);
+        out.flush();
+        if (!out) problem = csv + "\n" + QString::fromLocal8Bit(std::strerror(errno));
+    }
+    QString plotError;
+    if (problem.isEmpty() && !tool::plotRecording(m_rs.buffer, QFileInfo(loaded).fileName(), png,
+                                                  kPlotWidth, kPlotHeight, &plotError))
+        problem = png + "\n" + plotError;
+    if (!problem.isEmpty()) {
+        m_w.prompter.ask("Export Recording", "The recording could not be exported:\n" +
+                                                 problem.toStdString(),
+                         Buttons::Ok, Icon::Exclamation);
+        return;
+    }
+    tellInStatusLine("Exported " + csv + " and " + png);
 }
 
 void RecordingController::load() {
     if (m_recorder->recording()) return;
-    const QString start = QString::fromStdString(m_w.store.values.LoadPath);
     const QString path =
-        QFileDialog::getOpenFileName(m_w.window, "Load Recording", start, kLvdFilter);
+        QFileDialog::getOpenFileName(m_w.window, "Load Recording", loadStartFolder(), kLvdFilter);
     if (!path.isEmpty()) loadFile(path);
 }
 
+QString RecordingController::loadStartFolder() const {
+    // A LoadPath of another system, or a folder gone since, is no place to start.
+    const QFileInfo last(QString::fromStdString(m_w.store.values.LoadPath));
+    if (!m_w.store.values.LoadPath.empty() && last.isAbsolute() && last.isDir())
+        return last.absoluteFilePath();
+    makeSaveFolder();
+    return QString::fromStdString(m_w.store.values.SavePath);
+}
+
+QStringList RecordingController::recentFiles() const {
+    QStringList list;
+    for (const std::string& path : m_recent.paths()) list << QString::fromStdString(path);
+    return list;
+}
+
 void RecordingController::loadFromList() {
-    if (m_recorder->recording() || m_recent.isEmpty()) return;
+    if (m_recorder->recording() || m_recent.paths().empty()) return;
     QMenu menu(m_w.window);
-    for (const QString& path : m_recent) menu.addAction(QFileInfo(path).fileName())->setData(path);
+    for (const QString& path : recentFiles())
+        menu.addAction(QFileInfo(path).fileName())->setData(path);
     if (QAction* chosen = menu.exec(m_panel.loadListAnchor())) loadFile(chosen->data().toString());
+}
+
+void RecordingController::makeSaveFolder() const {
+    // Only the default is made: a folder of the operator's own that is not
+    // there (a drive not mounted) is theirs to see to.
+    const std::string& folder = m_w.store.values.SavePath;
+    if (folder.empty() || folder != m_w.store.RecordingsFolder) return;
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+}
+
+void RecordingController::showLoadedInTitle(const QString& path) {
+    m_w.window->setWindowTitle(path.isEmpty() ? "lv_Analog"
+                                              : QFileInfo(path).fileName() + " - lv_Analog");
+    m_w.window->setWindowFilePath(path);
+}
+
+void RecordingController::tellInStatusLine(const QString& text) {
+    if (auto* main = qobject_cast<QMainWindow*>(m_w.window))
+        main->statusBar()->showMessage(text, kStatusMessageMs);
 }
 
 void RecordingController::loadFile(const QString& path) {
@@ -181,9 +294,19 @@ void RecordingController::loadFile(const QString& path) {
     m_player->cmdStop_Click();
     syncTimers();
     m_recorder->Flush_RecBuffer();
-    if (!m_player->Load_File(path.toStdString())) return;
-    m_w.store.values.LoadPath = QFileInfo(path).absolutePath().toStdString() + "/";
-    rememberRecent(path);
+    if (!m_player->Load_File(path.toStdString())) {
+        showLoadedInTitle({});
+        return;
+    }
+    const QString full = QFileInfo(path).absoluteFilePath();
+    m_w.store.values.LoadPath = QFileInfo(full).absolutePath().toStdString() + "/";
+    rememberRecent(full);
+    showLoadedInTitle(full);
+}
+
+void RecordingController::openFile(const QString& path) {
+    if (m_recorder->recording()) return;
+    loadFile(path);
 }
 
 void RecordingController::playFile(const QString& path) {
@@ -194,9 +317,7 @@ void RecordingController::playFile(const QString& path) {
 }
 
 void RecordingController::rememberRecent(const QString& path) {
-    m_recent.removeAll(path);
-    m_recent.prepend(path);
-    while (m_recent.size() > kRecentFiles) m_recent.removeLast();
+    m_recent.add(QFileInfo(path).absoluteFilePath().toStdString());
 }
 
 void RecordingController::settings() {
@@ -204,6 +325,8 @@ void RecordingController::settings() {
     Settings& cfg = m_w.store.values;
     RecDialog dialog(cfg, m_w.prompter, {}, m_w.window);
     dialog.exec();
+    if (const int n = dialog.trashedCount(); n > 0)
+        tellInStatusLine(QString("Reset: %1 file%2 moved to the trash").arg(n).arg(n == 1 ? "" : "s"));
     m_panel.setMode(recordingModeCaption(cfg.RecordingMode), recordingModeTooltip(cfg));
     m_panel.setNaming(namingPatternText(cfg));
 }

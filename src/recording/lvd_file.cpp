@@ -225,6 +225,18 @@ LoadResult loadLvdFile(const std::filesystem::path& path, std::optional<int> dia
     return result;
 }
 
+std::optional<LoadResult> lvdHeadProblem(const std::filesystem::path& path) {
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+    FileHandle file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.get() < 0) return std::nullopt;
+    std::array<std::uint8_t, kValidatedRecords * kLvdRecordSize> head{};
+    std::size_t got = 0;
+    if (!readFully(file.get(), head.data(), head.size(), got)) return std::nullopt;
+    if (Verify_lvd_Format(std::span(head.data(), got))) return std::nullopt;
+    return incompatible();
+}
+
 SaveResult saveLvdRecords(const std::filesystem::path& path, std::span<const lvdRecord> records,
                           const std::optional<StartStamp>& stamp) {
     const auto failed = [&path](int error) {

@@ -127,7 +127,7 @@ std::optional<PrefixProblem> validatePrefix(const std::string& savePath,
     return std::nullopt;
 }
 
-ResetOutcome resetNumbering(Settings& settings) {
+ResetOutcome resetNumbering(Settings& settings, const DisposeFile& dispose) {
     ResetOutcome outcome;
     if (!prefixStaysInFolder(settings.SavePrefix)) {
         outcome.refused = "Error: Invalid Prefix name " + settings.SavePrefix;
@@ -160,7 +160,7 @@ ResetOutcome resetNumbering(Settings& settings) {
         matches.push_back(it->path());
     }
     for (const fs::path& path : matches) {
-        if (fs::remove(path, ec) && !ec)
+        if (dispose ? dispose(path) : fs::remove(path, ec) && !ec)
             outcome.deleted.push_back(path);
         else
             outcome.notDeleted.push_back(path);

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -66,6 +67,9 @@ struct ResetOutcome {
 // its subfolders is ever touched, whatever the prefix holds. No folder set
 // deletes nothing. An empty or unusable prefix is refused, SuffixNum
 // unchanged: its "series" would be every file with a three-character name.
-ResetOutcome resetNumbering(Settings& settings);
+// `dispose` takes each file away (the window sends it to the desktop's
+// trash) and says whether it went; without one the file is removed.
+using DisposeFile = std::function<bool(const std::filesystem::path&)>;
+ResetOutcome resetNumbering(Settings& settings, const DisposeFile& dispose = {});
 
 }  // namespace lv

@@ -115,6 +115,9 @@ bool Player::Load_File(const std::string& path) {
     m_rs.track = nullptr;
 
     if (!fileExists(path)) return loadFailed(kFileNotFound, path, Icon::Exclamation);
+    // A file that is no recording is told as such, not as a sound gone missing.
+    if (const auto bad = lvdHeadProblem(path))
+        return loadFailed(bad->title, bad->text, Icon::Exclamation);
     const std::string base = path.size() >= 4 ? path.substr(0, path.size() - 4) : path;
     AudioTrack* track = chooseAudio(base);
     if (!track) return false;

@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QFile>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -192,14 +193,19 @@ void RecDialog::reset() {
     if (m_prompter.ask("Warning", "Warning..Reset may delete files!", Buttons::YesNo,
                        Icon::Exclamation) != Answer::Yes)
         return;
-    const ResetOutcome outcome = resetNumbering(saved);
+    // To the trash, not unlinked: the series goes without a question, but not
+    // without a way back.
+    const ResetOutcome outcome = resetNumbering(saved, [](const std::filesystem::path& path) {
+        return QFile::moveToTrash(QString::fromStdString(path.string()));
+    });
+    m_trashed += static_cast<int>(outcome.deleted.size());
     m_draft.SuffixNum = saved.SuffixNum;
     refresh();
     if (outcome.notDeleted.empty()) return;
     std::string list;
     for (const auto& path : outcome.notDeleted) list += "\n" + path.string();
-    m_prompter.ask("Reset", "These files could not be deleted:" + list, Buttons::Ok,
-                   Icon::Exclamation);
+    m_prompter.ask("Reset", "These files could not be moved to the trash, and are left as they are:" + list,
+                   Buttons::Ok, Icon::Exclamation);
 }
 
 void RecDialog::accept() {

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "lvdtool/lvd_report.h"
+#include "recording/lvd_report.h"
 #include "lvdtool/lvd_synth.h"
 #include "recording/lvd_file.h"
 #include "support/temp_dir.h"

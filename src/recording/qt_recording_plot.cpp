@@ -1,4 +1,4 @@
-#include "lvdtool/qt_plot.h"
+#include "recording/qt_recording_plot.h"
 
 #include <QImage>
 #include <QPainter>
