@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QLabel>
+#include <QProcess>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -60,6 +62,67 @@ TEST(WindowRecording, RecordsSavesLoadsAndPlaysBack) {
     EXPECT_GT(w.framesDrawn(), before + 20) << "the records moved the needle";
     EXPECT_EQ(st.RunMode, kRunLive);
     w.closeUnattended();
+}
+
+// A new user's settings: no save folder, "Auto Name". R, S and Save put the
+// recording in the data folder's recordings/, not where the program was
+// started; the program started with that file as its argument opens it.
+TEST(WindowRecording, WithoutASaveFolderRecordingsGoToTheDataFolderAndOpenFromTheCommandLine) {
+    test::VirtualMeter meter;
+    ASSERT_TRUE(meter.ready);
+    QTemporaryDir data, startedIn, secondData;
+    const std::filesystem::path folder = data.path().toStdString();
+    std::ofstream(folder / "lv_Analog.ini")
+        << "[Recording]\nAudioEnable=False\nRecordingMode=2\nSuffixType=0\nSuffixNum=1\n"
+        << "SavePrefix=New\nSavePath=\n";
+    const std::filesystem::path cwd = std::filesystem::current_path();
+    std::filesystem::current_path(startedIn.path().toStdString());
+    const std::string link = meter.link.toStdString();
+    std::string saved;
+    {
+        MainWindow w({folder, "1.0.0", [link] { return std::vector<std::string>{link}; },
+                      QCoreApplication::applicationDirPath().toStdString()});
+        w.prompter().setUnattended(true);
+        w.Form_Load();
+        w.show();
+        ASSERT_TRUE(waitUntil([&] { return w.session().samples() > 10; }, 3000));
+        QTest::keyClick(&w, Qt::Key_R);
+        ASSERT_EQ(w.session().state().RunMode, kRunRecording);
+        QTest::qWait(1200);
+        QTest::keyClick(&w, Qt::Key_S);
+        ASSERT_EQ(w.session().state().RunMode, kRunLive);
+        w.menus().action("mnuFileSave")->trigger();
+        saved = (folder / "recordings" / "New001.lvd").string();
+        EXPECT_TRUE(std::filesystem::exists(saved));
+        EXPECT_EQ(w.recordPanel()->findChild<QLabel*>("lblLoadedFile")->toolTip().toStdString(),
+                  (folder / "recordings" / "New001").string())
+            << "the full path";
+        EXPECT_EQ(w.windowTitle(), "New001.lvd - lv_Analog");
+        w.closeUnattended();
+    }
+    std::filesystem::current_path(cwd);
+    EXPECT_TRUE(QDir(startedIn.path()).isEmpty()) << "nothing in the folder it was started from";
+    std::ifstream ini(folder / "lv_Analog.ini");
+    const std::string text((std::istreambuf_iterator<char>(ini)), {});
+    EXPECT_NE(text.find("SavePath=\n"), std::string::npos) << "the file keeps the empty folder";
+
+    // Recorded without sound, so played without it.
+    std::ofstream(std::filesystem::path(secondData.path().toStdString()) / "lv_Analog.ini")
+        << "[Recording]\nAudioEnable=False\n";
+    QProcess app;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    app.setProcessEnvironment(env);
+    app.start(LV_ANALOG_PATH, {"--port", meter.link, "--data-dir", secondData.path(),
+                               "--exit-after", "2", QString::fromStdString(saved)});
+    ASSERT_TRUE(app.waitForFinished(15000));
+    EXPECT_EQ(app.exitCode(), 0);
+    // Only a recording that loaded becomes the newest of the recent files.
+    std::ifstream recent(std::filesystem::path(secondData.path().toStdString()) /
+                         "lv_Analog.recent");
+    std::string first;
+    std::getline(recent, first);
+    EXPECT_EQ(first, saved);
 }
 
 }  // namespace
