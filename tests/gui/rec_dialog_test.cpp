@@ -166,7 +166,23 @@ TEST_F(RecDialogTest, CancelChangesNothingAndOkWritesEveryChoice) {
     }
 }
 
-TEST_F(RecDialogTest, ResetDeletesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix) {
+// The desktop's trash, in a folder of the test's own.
+std::set<std::string> trashedNames(const fs::path& dataHome) {
+    std::set<std::string> names;
+    std::error_code ec;
+    for (fs::directory_iterator it(dataHome / "Trash" / "files", ec), end; !ec && it != end;
+         it.increment(ec))
+        names.insert(it->path().filename().string());
+    return names;
+}
+
+TEST_F(RecDialogTest, ResetTrashesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix) {
+    // Home and its data on the same file system as the recordings, so the
+    // files go to the home trash there.
+    test::TempDir home{"rec_dialog_home"};
+    const QByteArray oldHome = qgetenv("HOME"), oldData = qgetenv("XDG_DATA_HOME");
+    qputenv("HOME", QByteArray::fromStdString(home.path().string()));
+    qputenv("XDG_DATA_HOME", QByteArray::fromStdString(home.file("data")));
     const std::set<std::string> all{"S001.lvd", "S999.wav", "S0001.lvd",
                                     "S001.txt", "T001.lvd", "Prefix_001.lvd"};
     const std::set<std::string> afterS{"S0001.lvd", "S001.txt", "T001.lvd", "Prefix_001.lvd"};
@@ -177,6 +193,7 @@ TEST_F(RecDialogTest, ResetDeletesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix)
         {"S", Answer::No, all, 7}, {"S", Answer::Yes, afterS, 1}, {"", Answer::Yes, all, 7}};
     for (const auto& [saved, answer, left, suffixNum] : cases) {
         for (const std::string& name : all) std::ofstream(dir.file(name)) << 'x';
+        fs::create_directories(home.file("data"));
         cfg.SavePrefix = saved;
         const auto d = open();
         typePrefix(*d, "T");
@@ -189,9 +206,17 @@ TEST_F(RecDialogTest, ResetDeletesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix)
         else
             EXPECT_EQ(prompter.asked[0], warning);
         EXPECT_EQ(files(), left) << saved;
+        const bool went = left != all;
+        const std::set<std::string> trashed =
+            went ? std::set<std::string>{"S001.lvd", "S999.wav"} : std::set<std::string>{};
+        EXPECT_EQ(trashedNames(home.file("data")), trashed);
+        EXPECT_EQ(d->trashedCount(), went ? 2 : 0);
         EXPECT_EQ(d->edited().SuffixNum, suffixNum);
         EXPECT_EQ(cfg.SuffixNum, 7) << "only OK writes the number back";
+        fs::remove_all(home.file("data"));
     }
+    qputenv("HOME", oldHome);
+    qputenv("XDG_DATA_HOME", oldData);
 }
 
 }  // namespace
