@@ -3,12 +3,15 @@
 #include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
+#include <QRadioButton>
 #include <cstdio>
 
 #include <fstream>
 
 #include "app/qt_main_window.h"
 #include "display/needle_drawing.h"
+#include "recording/qt_rec_dialog.h"
 #include "support/temp_dir.h"
 
 namespace lv {
@@ -115,6 +118,21 @@ TEST_F(MainWindowTest, QuitClosesTheWindow) {
     SessionConfig written;
     EXPECT_TRUE(LoadSessionConfig(m_dir.path(), written)) << "the exit writes the session";
     EXPECT_EQ(written.WindowWidth, w.normalGeometry().width());
+}
+
+// A new user's settings hold no save folder: recordings go to the data
+// folder's recordings/, made when first needed, and the panel and the
+// Recording Settings dialog name the same mode.
+TEST_F(MainWindowTest, WithoutASaveFolderPanelAndDialogAgreeOnTheMode) {
+    EXPECT_EQ(cfg().SavePath, m_dir.path().string() + "/recordings/");
+    EXPECT_FALSE(std::filesystem::exists(cfg().SavePath));
+    EXPECT_EQ(w.recordPanel()->findChild<QLabel*>("lblRecMode")->text(), "Auto Name");
+    RecDialog dialog(w.store().values, w.prompter());
+    dialog.show();
+    QString checked;
+    for (QRadioButton* b : dialog.findChildren<QRadioButton*>("optMode"))
+        if (b->isChecked()) checked = b->text();
+    EXPECT_EQ(checked, "Auto name and manually save");
 }
 
 TEST_F(MainWindowTest, HidingTheChartKeepsTheDialAndShrinksTheWindow) {
