@@ -49,6 +49,33 @@ int chartFifths(const Settings& cfg) {
     return std::clamp<int>(vbCInt(cfg.GraphHeight_Index).value_or(3), 1, 5);
 }
 
+// A size the program chooses by itself stays on the screen: the window is cut
+// to the screen's free area (the layout then takes the height from the dial,
+// the chart keeping its share of it) and moved back onto it when it would
+// hang over an edge.
+void resizeWithinScreen(QWidget& window, int width, int height) {
+    const QScreen* screen = window.screen();
+    if (!screen) {
+        window.resize(width, height);
+        return;
+    }
+    const QRect area = screen->availableGeometry();
+    // The title bar and borders of the window manager come on top.
+    const int frameW = window.frameGeometry().width() - window.geometry().width();
+    const int frameH = window.frameGeometry().height() - window.geometry().height();
+    width = std::max(std::min(width, area.width() - frameW), window.minimumWidth());
+    height = std::max(std::min(height, area.height() - frameH), window.minimumHeight());
+    window.resize(width, height);
+    QRect outer = window.frameGeometry();
+    outer.setSize(QSize(width + frameW, height + frameH));
+    if (area.contains(outer)) return;
+    outer.moveBottom(std::min(outer.bottom(), area.bottom()));
+    outer.moveRight(std::min(outer.right(), area.right()));
+    outer.moveTop(std::max(outer.top(), area.top()));
+    outer.moveLeft(std::max(outer.left(), area.left()));
+    window.move(outer.topLeft());
+}
+
 }  // namespace
 
 MainWindow::MainWindow(StartOptions options, QWidget* parent)
@@ -233,7 +260,8 @@ void MainWindow::relayout() {
     if (m_started && !isMaximized() && !isFullScreen()) {
         const int newChart = cfg.GraphVisible ? dialHeight * fifths / 5 : 0;
         const int newRecord = cfg.RecordVisible ? m_recordPanel->sizeHint().height() : 0;
-        resize(width(), height() - oldChart - oldRecord + newChart + newRecord - slack);
+        resizeWithinScreen(*this, width(),
+                           height() - oldChart - oldRecord + newChart + newRecord - slack);
     }
     rebuildPanel();
     if (cfg.GraphVisible) rebuildChart();

@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QRadioButton>
+#include <QScreen>
 #include <cstdio>
 
 #include <fstream>
@@ -133,6 +134,33 @@ TEST_F(MainWindowTest, WithoutASaveFolderPanelAndDialogAgreeOnTheMode) {
     for (QRadioButton* b : dialog.findChildren<QRadioButton*>("optMode"))
         if (b->isChecked()) checked = b->text();
     EXPECT_EQ(checked, "Auto name and manually save");
+}
+
+// Showing the chart, a taller chart or the recording panel grows the window
+// only as far as the screen allows; the dial gives up the rest.
+TEST_F(MainWindowTest, ItsOwnResizesKeepTheWindowOnTheScreen) {
+    const QRect area = w.screen()->availableGeometry();
+    const std::tuple<const char*, bool, int> cases[] = {
+        // GraphHeight_Index, recording panel shown, top of the window in the free area
+        {"3", true, 0}, {"5", true, 0}, {"5", false, 0}, {"2", true, 200}};
+    for (const auto& [fifths, record, top] : cases) {
+        Settings& s = w.store().values;
+        s.GraphVisible = false;
+        s.RecordVisible = false;
+        w.relayout();
+        w.move(area.left(), area.top() + top);
+        w.resize(area.width() / 2, area.height() - top - 40);
+        QApplication::processEvents();
+        const int dialBefore = w.panel()->height();
+        s.GraphVisible = true;
+        s.GraphHeight_Index = fifths;
+        s.RecordVisible = record;
+        w.relayout();
+        QApplication::processEvents();
+        EXPECT_TRUE(area.contains(w.frameGeometry())) << fifths << " " << top;
+        EXPECT_LT(w.panel()->height(), dialBefore) << "the dial gave up height";
+        EXPECT_NEAR(w.chart()->height(), w.panel()->height() * std::stoi(fifths) / 5, 2);
+    }
 }
 
 TEST_F(MainWindowTest, HidingTheChartKeepsTheDialAndShrinksTheWindow) {
