@@ -212,7 +212,11 @@ void RecordingController::exportRecording() {
                                : QString::fromStdString(m_rs.loadedBase);
     const QString csv = QFileDialog::getSaveFileName(m_w.window, "Export Recording",
                                                      loaded + ".csv", "CSV file (*.csv)");
-    if (csv.isEmpty()) return;
+    if (!csv.isEmpty()) exportTo(csv);
+}
+
+bool RecordingController::exportTo(const QString& csv) {
+    if (m_recorder->recording() || m_rs.buffer.RecCount < 1) return false;
     const QString base = csv.endsWith(".csv", Qt::CaseInsensitive) ? csv.chopped(4) : csv;
     const QString png = base + ".png";
     QString problem;
@@ -222,17 +226,21 @@ void RecordingController::exportRecording() {
         out.flush();
         if (!out) problem = csv + "\n" + QString::fromLocal8Bit(std::strerror(errno));
     }
+    const QString title = m_rs.loadedBase.empty()
+                              ? QString("Recording")
+                              : QFileInfo(QString::fromStdString(m_rs.loadedBase)).fileName();
     QString plotError;
-    if (problem.isEmpty() && !tool::plotRecording(m_rs.buffer, QFileInfo(loaded).fileName(), png,
-                                                  kPlotWidth, kPlotHeight, &plotError))
+    if (problem.isEmpty() &&
+        !tool::plotRecording(m_rs.buffer, title, png, kPlotWidth, kPlotHeight, &plotError))
         problem = png + "\n" + plotError;
     if (!problem.isEmpty()) {
-        m_w.prompter.ask("Export Recording", "The recording could not be exported:\n" +
-                                                 problem.toStdString(),
+        m_w.prompter.ask("Export Recording",
+                         "The recording could not be exported:\n" + problem.toStdString(),
                          Buttons::Ok, Icon::Exclamation);
-        return;
+        return false;
     }
     tellInStatusLine("Exported " + csv + " and " + png);
+    return true;
 }
 
 void RecordingController::load() {

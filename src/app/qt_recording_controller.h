@@ -64,6 +64,9 @@ public:
     void saveFromMenu() { save(); }
     void saveAsFromMenu();
     void exportRecording();
+    // The records as CSV at `csv`, and the picture beside it as .png: what
+    // lvdtool csv and plot write. False, having said why, when it failed.
+    bool exportTo(const QString& csv);
     // Newest first, full paths.
     QStringList recentFiles() const;
     // Where Open starts: the folder last loaded from or saved to, else the

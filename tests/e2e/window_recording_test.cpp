@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QImage>
 #include <QLabel>
 #include <QProcess>
 #include <filesystem>
@@ -98,6 +99,18 @@ TEST(WindowRecording, WithoutASaveFolderRecordingsGoToTheDataFolderAndOpenFromTh
                   (folder / "recordings" / "New001").string())
             << "the full path";
         EXPECT_EQ(w.windowTitle(), "New001.lvd - lv_Analog");
+
+        // Export writes what lvdtool writes for the same file.
+        w.recording().openFile(QString::fromStdString(saved));
+        const std::filesystem::path exported = folder / "exported.csv";
+        ASSERT_TRUE(w.recording().exportTo(QString::fromStdString(exported.string())));
+        QProcess tool;
+        tool.start(LVDTOOL_PATH, {"csv", QString::fromStdString(saved)});
+        ASSERT_TRUE(tool.waitForFinished(10000));
+        std::ifstream csv(exported);
+        EXPECT_EQ(std::string((std::istreambuf_iterator<char>(csv)), {}),
+                  tool.readAllStandardOutput().toStdString());
+        EXPECT_FALSE(QImage(QString::fromStdString((folder / "exported.png").string())).isNull());
         w.closeUnattended();
     }
     std::filesystem::current_path(cwd);

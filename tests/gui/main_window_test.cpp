@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QRadioButton>
@@ -134,6 +135,20 @@ TEST_F(MainWindowTest, WithoutASaveFolderPanelAndDialogAgreeOnTheMode) {
     for (QRadioButton* b : dialog.findChildren<QRadioButton*>("optMode"))
         if (b->isChecked()) checked = b->text();
     EXPECT_EQ(checked, "Auto name and manually save");
+
+    // Open starts in the folder last used, or else in the recordings folder;
+    // a LoadPath of another system or a folder gone since is no start.
+    const std::string data = m_dir.path().string() + "/";
+    const std::pair<std::string, std::string> starts[] = {
+        {"C:\\Program Files\\lumivane\\samples\\", cfg().SavePath},
+        {data + "gone/", cfg().SavePath},
+        {data, data}};
+    for (const auto& [loadPath, start] : starts) {
+        w.store().values.LoadPath = loadPath;
+        EXPECT_EQ(QDir(w.recording().loadStartFolder()), QDir(QString::fromStdString(start)))
+            << loadPath;
+    }
+    EXPECT_TRUE(std::filesystem::is_directory(cfg().SavePath)) << "made when first needed";
 }
 
 // Showing the chart, a taller chart or the recording panel grows the window
