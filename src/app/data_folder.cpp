@@ -46,7 +46,8 @@ DataFolderResult withRecordingsInside(DataFolderResult result) {
 
 DataFolderResult withRecordingsIn(DataFolderResult result, const std::string& documents) {
     if (!result.error.empty()) return result;
-    if (documents.empty() || !fs::path(documents).is_absolute()) return withRecordingsInside(result);
+    if (documents.empty() || !fs::path(documents).is_absolute())
+        return withRecordingsInside(result);
     result.recordings = withSlash(fs::path(documents) / kFolderName);
     return result;
 }

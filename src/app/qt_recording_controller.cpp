@@ -14,8 +14,8 @@
 #include "common/vb_date.h"
 #include "recording/lvd_report.h"
 #include "recording/naming.h"
-#include "recording/qt_recording_plot.h"
 #include "recording/qt_rec_dialog.h"
+#include "recording/qt_recording_plot.h"
 #include "recording/rec_setup.h"
 #include "recording/recovery_journal.h"
 
@@ -334,7 +334,8 @@ void RecordingController::settings() {
     RecDialog dialog(cfg, m_w.prompter, {}, m_w.window);
     dialog.exec();
     if (const int n = dialog.trashedCount(); n > 0)
-        tellInStatusLine(QString("Reset: %1 file%2 moved to the trash").arg(n).arg(n == 1 ? "" : "s"));
+        tellInStatusLine(
+            QString("Reset: %1 file%2 moved to the trash").arg(n).arg(n == 1 ? "" : "s"));
     m_panel.setMode(recordingModeCaption(cfg.RecordingMode), recordingModeTooltip(cfg));
     m_panel.setNaming(namingPatternText(cfg));
 }

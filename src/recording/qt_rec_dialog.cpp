@@ -204,7 +204,8 @@ void RecDialog::reset() {
     if (outcome.notDeleted.empty()) return;
     std::string list;
     for (const auto& path : outcome.notDeleted) list += "\n" + path.string();
-    m_prompter.ask("Reset", "These files could not be moved to the trash, and are left as they are:" + list,
+    m_prompter.ask("Reset",
+                   "These files could not be moved to the trash, and are left as they are:" + list,
                    Buttons::Ok, Icon::Exclamation);
 }
 

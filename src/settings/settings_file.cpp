@@ -100,8 +100,8 @@ bool writeEntries(const SettingsStore& store, const Entries& entries) {
 std::string resolveSavePath(const std::string& text, const std::string& dataFolder,
                             const std::string& recordingsFolder) {
     // A drive letter or a backslash: a Windows folder, nowhere on this system.
-    const bool foreign = text.find('\\') != std::string::npos ||
-                         (text.size() >= 2 && text[1] == ':');
+    const bool foreign =
+        text.find('\\') != std::string::npos || (text.size() >= 2 && text[1] == ':');
     if (text.empty() || foreign) return withSlash(recordingsFolder);
     if (text.front() == '/' || dataFolder.empty()) return withSlash(text);
     return withSlash(dataFolder) + withSlash(text);

@@ -46,7 +46,8 @@ TEST(DataFolder, ChoosesCreatesOrExplains) {
          "@/docs/lv_Analog/"},
         {"", "", "", "@/home", "@/home/.config/lv_Analog/", "@/docs/lv_Analog/"},
         {"@/taken", "@/taken", "", "@/home", "!\"@/taken\" exists but", ""},
-        {"@/taken", "@/taken/sub", "", "@/home", "!cannot create the data folder \"@/taken/sub\"", ""},
+        {"@/taken", "@/taken/sub", "", "@/home", "!cannot create the data folder \"@/taken/sub\"",
+         ""},
         {"@/home/.config/lv_Analog", "", "", "@/home", "!\"@/home/.config/lv_Analog\"", ""},
         {"", "", "", "", "!HOME", ""},
     };
@@ -57,8 +58,7 @@ TEST(DataFolder, ChoosesCreatesOrExplains) {
         if (!c.file.empty()) t.make(c.file);
         const fs::path start = fs::current_path();
         fs::current_path(t.at("@"));
-        const DataFolderResult r =
-            chooseDataFolder(
+        const DataFolderResult r = chooseDataFolder(
             {t.at(c.dataDir), t.at("@/exe"), t.at(c.xdg), t.at(c.home), t.at("@/docs")});
         fs::current_path(start);
         if (c.expected.starts_with("!")) {

@@ -5,9 +5,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "recording/lvd_report.h"
 #include "lvdtool/lvd_synth.h"
 #include "recording/lvd_file.h"
+#include "recording/lvd_report.h"
 #include "support/temp_dir.h"
 
 namespace lv::tool {
