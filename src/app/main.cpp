@@ -2,7 +2,6 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QElapsedTimer>
-#include <QIcon>
 #include <QSerialPortInfo>
 #include <QSocketNotifier>
 #include <QStandardPaths>
@@ -91,7 +90,6 @@ int main(int argc, char* argv[]) {
 
     QApplication app(argc, argv);
     parser.process(app);
-    QApplication::setWindowIcon(QIcon(":/lv_Analog.svg"));
     // The desktop entry's name: the window is matched to its launcher and icon.
     QGuiApplication::setDesktopFileName("lv_Analog");
 

@@ -4,6 +4,7 @@
 #include <QColorDialog>
 #include <QDateTime>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QMenuBar>
 #include <QScreen>
 #include <QStatusBar>
@@ -19,6 +20,11 @@
 #include "app/qt_splash.h"
 #include "common/vb_format.h"
 #include "display/needle_drawing.h"
+
+// Outside the namespace, as the macro wants.
+static void loadIconResource() {
+    Q_INIT_RESOURCE(lv_icon);
+}
 
 namespace lv {
 
@@ -106,6 +112,8 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
     m_status->setObjectName("lblStatus");
     m_readouts.setSettings(m_store.values);
     setWindowTitle("lv_Analog");
+    loadIconResource();
+    setWindowIcon(QIcon(":/lv_Analog.svg"));
 
     m_menus = std::make_unique<MainMenus>(menuBar(), m_store, m_session.state(), menuHooks(), this);
 

@@ -56,6 +56,7 @@ protected:
 
 TEST_F(MainWindowTest, DemoModeShowsFaceNeedleAndChart) {
     EXPECT_EQ(w.windowTitle(), "lv_Analog");
+    EXPECT_FALSE(w.windowIcon().pixmap(32).isNull()) << "the icon, drawn from its SVG";
     EXPECT_EQ(w.statusText(), "Demo Mode");
     const QImage shot = w.grab().toImage();
     EXPECT_EQ(panelAt(shot, 0, 1180), cfg().Panel_Color) << "above the fan";
