@@ -302,11 +302,13 @@ void RecordingController::loadFile(const QString& path) {
     m_player->cmdStop_Click();
     syncTimers();
     m_recorder->Flush_RecBuffer();
-    if (!m_player->Load_File(path.toStdString())) {
+    // A name from the command line may be relative: the label's tooltip and
+    // the recent files show where the file really is.
+    const QString full = QFileInfo(path).absoluteFilePath();
+    if (!m_player->Load_File(full.toStdString())) {
         showLoadedInTitle({});
         return;
     }
-    const QString full = QFileInfo(path).absoluteFilePath();
     m_w.store.values.LoadPath = QFileInfo(full).absolutePath().toStdString() + "/";
     rememberRecent(full);
     showLoadedInTitle(full);

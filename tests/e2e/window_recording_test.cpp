@@ -99,6 +99,10 @@ TEST(WindowRecording, WithoutASaveFolderRecordingsGoToTheDataFolderAndOpenFromTh
                   (folder / "recordings" / "New001").string())
             << "the full path";
         EXPECT_EQ(w.windowTitle(), "New001.lvd - lv_Analog");
+        std::ifstream recent(folder / "lv_Analog.recent");
+        std::string newest;
+        std::getline(recent, newest);
+        EXPECT_EQ(newest, saved) << "a save under the automatic name is a recent file";
 
         // Export writes what lvdtool writes for the same file.
         w.recording().openFile(QString::fromStdString(saved));
@@ -126,8 +130,9 @@ TEST(WindowRecording, WithoutASaveFolderRecordingsGoToTheDataFolderAndOpenFromTh
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert("QT_QPA_PLATFORM", "offscreen");
     app.setProcessEnvironment(env);
+    app.setWorkingDirectory(QString::fromStdString((folder / "recordings").string()));
     app.start(LV_ANALOG_PATH, {"--port", meter.link, "--data-dir", secondData.path(),
-                               "--exit-after", "2", QString::fromStdString(saved)});
+                               "--exit-after", "2", "New001.lvd"});
     ASSERT_TRUE(app.waitForFinished(15000));
     EXPECT_EQ(app.exitCode(), 0);
     // Only a recording that loaded becomes the newest of the recent files.
