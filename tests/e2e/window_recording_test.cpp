@@ -76,8 +76,13 @@ TEST(WindowRecording, WithoutASaveFolderRecordingsGoToTheDataFolderAndOpenFromTh
     std::ofstream(folder / "lv_Analog.ini")
         << "[Recording]\nAudioEnable=False\nRecordingMode=2\nSuffixType=0\nSuffixNum=1\n"
         << "SavePrefix=New\nSavePath=\n";
-    const std::filesystem::path cwd = std::filesystem::current_path();
-    std::filesystem::current_path(startedIn.path().toStdString());
+    // Started from another folder; back where it was however the test ends.
+    struct StartedIn {
+        std::filesystem::path before = std::filesystem::current_path();
+        explicit StartedIn(const QString& dir) { std::filesystem::current_path(dir.toStdString()); }
+        ~StartedIn() { std::filesystem::current_path(before); }
+    };
+    auto startedFrom = std::make_unique<StartedIn>(startedIn.path());
     const std::string link = meter.link.toStdString();
     std::string saved;
     {
@@ -117,7 +122,7 @@ TEST(WindowRecording, WithoutASaveFolderRecordingsGoToTheDataFolderAndOpenFromTh
         EXPECT_FALSE(QImage(QString::fromStdString((folder / "exported.png").string())).isNull());
         w.closeUnattended();
     }
-    std::filesystem::current_path(cwd);
+    startedFrom.reset();
     EXPECT_TRUE(QDir(startedIn.path()).isEmpty()) << "nothing in the folder it was started from";
     std::ifstream ini(folder / "lv_Analog.ini");
     const std::string text((std::istreambuf_iterator<char>(ini)), {});
