@@ -105,7 +105,8 @@ endif()
 # 6.4, QT_DEBUG_PLUGINS=1 and strace): the xcb or offscreen platform plugin,
 # the compose input context and the gif/ico/jpeg image formats, all shipped in
 # libqt6gui6, which is linked; the xcb plugin then dlopens libXcursor, which
-# nothing depends on. Sound goes through libpulse, linked by Qt Multimedia;
+# nothing depends on. The window's icon is an SVG, drawn by the SVG image
+# plugin of libqt6svg6, which is loaded and not linked. Sound goes through libpulse, linked by Qt Multimedia;
 # its media plugins (GStreamer, FFmpeg) are never loaded, as nothing here uses
 # QMediaPlayer. A sound server is recommended: without one the program keeps
 # time on its silent placeholder track and records no sound.
@@ -122,7 +123,7 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libxcursor1")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libxcursor1, libqt6svg6")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "pulseaudio | pipewire-pulse")
 # CPack indents the lines after the first and marks the empty one.
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION

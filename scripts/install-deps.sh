@@ -14,6 +14,8 @@ build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
             libgtest-dev libgmock-dev libbenchmark-dev pulseaudio poppler-utils)
 # The man pages are made from the programs' --help at build time.
 build_pkgs+=(help2man)
+# Draws the window's icon, which is an SVG.
+build_pkgs+=(libqt6svg6)
 ci_pkgs=(clang libclang-rt-14-dev)
 # dpkg-shlibdeps and file for CPack; the validators and the bare-root check.
 package_pkgs=(dpkg-dev file lintian desktop-file-utils appstream shared-mime-info

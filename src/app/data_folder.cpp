@@ -29,32 +29,53 @@ bool isFile(const fs::path& p) {
 DataFolderResult ensureFolder(const fs::path& dir) {
     std::error_code ec;
     const fs::path absolute = fs::absolute(dir, ec);
-    if (ec) return {"", "cannot use the data folder \"" + dir.string() + "\": " + ec.message()};
+    if (ec) return {"", "cannot use the data folder \"" + dir.string() + "\": " + ec.message(), ""};
     const std::string folder = withSlash(absolute);
     const std::string shown = folder.size() > 1 ? folder.substr(0, folder.size() - 1) : folder;
     if (fs::exists(absolute, ec) && !fs::is_directory(absolute, ec))
-        return {"", "the data folder \"" + shown + "\" exists but is not a folder"};
+        return {"", "the data folder \"" + shown + "\" exists but is not a folder", ""};
     fs::create_directories(absolute, ec);
-    if (ec) return {"", "cannot create the data folder \"" + shown + "\": " + ec.message()};
-    return {folder, ""};
+    if (ec) return {"", "cannot create the data folder \"" + shown + "\": " + ec.message(), ""};
+    return {folder, "", ""};
+}
+
+DataFolderResult withRecordingsInside(DataFolderResult result) {
+    if (result.error.empty()) result.recordings = recordingsInside(result.folder);
+    return result;
+}
+
+DataFolderResult withRecordingsIn(DataFolderResult result, const std::string& documents) {
+    if (!result.error.empty()) return result;
+    if (documents.empty() || !fs::path(documents).is_absolute())
+        return withRecordingsInside(result);
+    result.recordings = withSlash(fs::path(documents) / kFolderName);
+    return result;
 }
 
 }  // namespace
 
+std::string recordingsInside(const std::string& dataFolder) {
+    return withSlash(fs::path(dataFolder) / "recordings");
+}
+
 DataFolderResult chooseDataFolder(const DataFolderInputs& in) {
-    if (!in.dataDirOption.empty()) return ensureFolder(in.dataDirOption);
+    if (!in.dataDirOption.empty()) return withRecordingsInside(ensureFolder(in.dataDirOption));
 
     if (!in.exeDir.empty() &&
         (isFile(in.exeDir / kSettingsFileName) || isFile(in.exeDir / kSessionConfigFileName)))
-        return ensureFolder(in.exeDir);
+        return withRecordingsInside(ensureFolder(in.exeDir));
 
     // A relative XDG_CONFIG_HOME is invalid and must be ignored.
     if (!in.xdgConfigHome.empty() && fs::path(in.xdgConfigHome).is_absolute())
-        return ensureFolder(fs::path(in.xdgConfigHome) / kFolderName);
-    if (!in.home.empty()) return ensureFolder(fs::path(in.home) / ".config" / kFolderName);
+        return withRecordingsIn(ensureFolder(fs::path(in.xdgConfigHome) / kFolderName),
+                                in.documentsFolder);
+    if (!in.home.empty())
+        return withRecordingsIn(ensureFolder(fs::path(in.home) / ".config" / kFolderName),
+                                in.documentsFolder);
     return {"",
             "cannot choose a data folder: neither XDG_CONFIG_HOME nor HOME is set "
-            "(give one with --data-dir DIR)"};
+            "(give one with --data-dir DIR)",
+            ""};
 }
 
 std::optional<fs::path> findResource(std::string_view name, const fs::path& exeDir) {

@@ -14,12 +14,21 @@ struct DataFolderInputs {
     std::filesystem::path exeDir;  // folder of the running executable
     std::string xdgConfigHome;     // $XDG_CONFIG_HOME, may be empty
     std::string home;              // $HOME
+    std::string documentsFolder;   // the desktop's documents folder (XDG), may be empty
 };
 
 struct DataFolderResult {
     std::string folder;  // absolute, ends in '/'; empty on failure
     std::string error;   // empty on success; names the path otherwise
+    // Where recordings go by default, ending in '/'; made when first used.
+    // A data folder chosen by hand (--data-dir, or beside the program) keeps
+    // them inside itself, in recordings/; otherwise they go to lv_Analog in
+    // the documents folder, where a desktop user looks for them.
+    std::string recordings;
 };
+
+// The recordings folder of a data folder that holds them itself.
+std::string recordingsInside(const std::string& dataFolder);
 
 // --data-dir if given; else the executable's folder when it already holds
 // lv_Analog.ini or lv_Analog.cfg (a copy run from a stick); else

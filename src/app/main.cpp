@@ -4,6 +4,7 @@
 #include <QElapsedTimer>
 #include <QSerialPortInfo>
 #include <QSocketNotifier>
+#include <QStandardPaths>
 #include <QTimer>
 #include <QWidget>
 #include <algorithm>
@@ -45,10 +46,23 @@ constexpr int kScreenshotFrames = 25;
 constexpr qint64 kScreenshotNoMeterMs = 3000;
 constexpr qint64 kScreenshotGiveUpMs = 10000;
 
+// Help and version are text only: answered before the window's application
+// exists, so that they work where there is no display at all.
+void answerTextOnly(int argc, char* argv[], QCommandLineParser& parser) {
+    QStringList args;
+    for (int i = 0; i < argc; ++i) args << QString::fromLocal8Bit(argv[i]);
+    // Options of the window system (-platform ...) are unknown here: only
+    // whether help or version was asked for counts.
+    parser.parse(args);
+    if (!parser.isSet("help") && !parser.isSet("help-all") && !parser.isSet("version")) return;
+    QCoreApplication text(argc, argv);
+    parser.process(text);  // prints and leaves
+    finish(0);
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    QApplication app(argc, argv);
     QCoreApplication::setApplicationName("lv_Analog");
     QCoreApplication::setApplicationVersion(LV_VERSION);
 
@@ -71,13 +85,23 @@ int main(int argc, char* argv[]) {
     parser.addOption(dataDirOption);
     parser.addOption(exitAfterOption);
     parser.addOption(screenshotOption);
+    parser.addPositionalArgument("file", "A recording (.lvd) to open, ready to play.",
+                                 "[FILE.lvd]");
+    answerTextOnly(argc, argv, parser);
+
+    QApplication app(argc, argv);
     parser.process(app);
+    // The desktop entry's name: the window is matched to its launcher and icon.
+    QGuiApplication::setDesktopFileName("lv_Analog");
 
     const std::filesystem::path exeDir = QCoreApplication::applicationDirPath().toStdString();
     const char* xdg = std::getenv("XDG_CONFIG_HOME");
     const char* home = std::getenv("HOME");
-    const lv::DataFolderResult data = lv::chooseDataFolder(
-        {parser.value(dataDirOption).toStdString(), exeDir, xdg ? xdg : "", home ? home : ""});
+    const std::string documents =
+        QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation).toStdString();
+    const lv::DataFolderResult data =
+        lv::chooseDataFolder({parser.value(dataDirOption).toStdString(), exeDir, xdg ? xdg : "",
+                              home ? home : "", documents});
     if (!data.error.empty()) {
         std::fprintf(stderr, "lv_Analog: %s\n", data.error.c_str());
         return 2;
@@ -106,6 +130,7 @@ int main(int argc, char* argv[]) {
         return lv::portCandidates(given, envPorts, systemPorts());
     };
     lv::MainWindow window(std::move(options));
+    window.setRecordingsFolder(data.recordings);
 
     bool shot = !parser.isSet(screenshotOption);
     auto screenshot = [&] {
@@ -143,7 +168,10 @@ int main(int argc, char* argv[]) {
 
     window.Form_Load();
     window.show();
-    if (parser.isSet(playOption)) window.recording().playFile(parser.value(playOption));
+    if (parser.isSet(playOption))
+        window.recording().playFile(parser.value(playOption));
+    else if (!parser.positionalArguments().isEmpty())
+        window.recording().openFile(parser.positionalArguments().constFirst());
     const bool live = window.session().state().PortNumber != 0;
 
     QTimer shotTimer;

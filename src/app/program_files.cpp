@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <system_error>
 
 namespace lv {
 
@@ -12,20 +13,60 @@ std::int16_t toItem(int value) {
         value, std::numeric_limits<std::int16_t>::min(), std::numeric_limits<std::int16_t>::max()));
 }
 
+// Copies the cfg beside itself under a name no file has yet.
+std::optional<std::filesystem::path> keepCopy(const std::filesystem::path& cfg) {
+    namespace fs = std::filesystem;
+    std::error_code ec;
+    for (int n = 1; n < 100; ++n) {
+        const fs::path bak =
+            fs::path(cfg.string() + ".bak" + (n == 1 ? std::string() : "." + std::to_string(n)));
+        if (fs::exists(fs::symlink_status(bak, ec))) continue;
+        if (fs::copy_file(cfg, bak, ec) && !ec) return bak;
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
-void loadProgramFiles(const std::filesystem::path& dataFolder, SettingsStore& store,
-                      SessionConfig& session) {
+std::string loadProgramFiles(const std::filesystem::path& dataFolder, SettingsStore& store,
+                             SessionConfig& session) {
+    namespace fs = std::filesystem;
     std::string folder = dataFolder.string();
     if (!folder.empty() && folder.back() != '/') folder += '/';
     store.DataFolder = folder;
-    // What was read before a bad item stays, and the fresh file holds it.
-    if (!LoadSessionConfig(dataFolder, session)) SaveSessionConfig(dataFolder, session);
+    std::string notice;
+    if (!LoadSessionConfig(dataFolder, session)) {
+        // What was read before a bad item stays, and the fresh file holds it;
+        // the values never reached (the dial calibration last) would be
+        // written as zeros, so the old file is kept first.
+        const fs::path cfg = dataFolder / kSessionConfigFileName;
+        std::error_code ec;
+        const fs::file_status status = fs::status(cfg, ec);
+        if (status.type() == fs::file_type::not_found) {
+            SaveSessionConfig(dataFolder, session);
+        } else if (!fs::is_regular_file(status)) {
+            // Writing to a pipe or device would wait, or go nowhere.
+            notice = cfg.string() + " is not an ordinary file, so it is left as it is.";
+        } else if (const auto bak = keepCopy(cfg)) {
+            SaveSessionConfig(dataFolder, session);
+            notice = cfg.string() +
+                     " could not be read in full, so it has been written afresh; settings it "
+                     "held past the damage, the dial calibration among them, are lost from "
+                     "it.\n\nThe old file is kept as\n" +
+                     bak->string();
+        } else {
+            notice = cfg.string() +
+                     " could not be read in full, and no copy of it could be made, so it is "
+                     "left as it is for now.";
+        }
+    }
     store.SettingsFilePath = session.SettingsFilePath;
     store.AutoSaveMode = session.AutoSaveMode;
     // The settings file has the last word on the scale.
     store.values.ScaleType = session.ScaleType;
     LoadSettings(store);
+    return notice;
 }
 
 std::int16_t savedPort(const SessionConfig& session, int portCount) {

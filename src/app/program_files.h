@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include "settings/session_config.h"
 #include "settings/settings_file.h"
@@ -20,9 +21,12 @@ struct WindowPlacement {
 
 // Start-up: lv_Analog.cfg first (written afresh when it cannot be read),
 // then lv_Analog.ini from the file the session names. The store learns the
-// data folder, the settings file in use and the autosave choice.
-void loadProgramFiles(const std::filesystem::path& dataFolder, SettingsStore& store,
-                      SessionConfig& session);
+// data folder, the settings file in use and the autosave choice. A cfg that
+// cannot be read is first kept as lv_Analog.cfg.bak (.bak.2, ... when taken):
+// it holds the dial calibration. What the operator should be told about
+// that comes back; empty when there is nothing to tell.
+std::string loadProgramFiles(const std::filesystem::path& dataFolder, SettingsStore& store,
+                             SessionConfig& session);
 
 // The port to try first. Port n is the n-th candidate, so a number saved
 // when the list had another length may now name another device: then none.

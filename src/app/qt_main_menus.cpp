@@ -1,5 +1,6 @@
 #include "app/qt_main_menus.h"
 
+#include <QFileInfo>
 #include <QKeySequence>
 #include <QStringList>
 #include <utility>
@@ -98,6 +99,7 @@ MainMenus::MainMenus(QMenuBar* bar, SettingsStore& store, MeterState& st, MenuHo
                      QObject* parent)
     : QObject(parent), m_bar(bar), m_store(store), m_st(st), m_hooks(std::move(hooks)) {
     QMenu* file = addNamedMenu(m_bar, "&File", "mnuFile");
+    buildFile(file);
     QAction* quit = addItem(file, "&Quit", "mnuFileQuit");
     // Themes without a Quit binding (Windows-like key schemes) still get Ctrl+Q.
     QList<QKeySequence> quitKeys = QKeySequence::keyBindings(QKeySequence::Quit);
@@ -119,6 +121,45 @@ MainMenus::MainMenus(QMenuBar* bar, SettingsStore& store, MeterState& st, MenuHo
     about->setMenuRole(QAction::AboutRole);
     connect(about, &QAction::triggered, this, [this] { run(m_hooks.about); });
     syncFromSettings();
+}
+
+void MainMenus::buildFile(QMenu* file) {
+    QAction* open = addItem(file, "&Open...", "mnuFileOpen");
+    open->setShortcut(QKeySequence::Open);
+    connect(open, &QAction::triggered, this, [this] { run(m_hooks.open); });
+
+    QMenu* recent = addNamedMenu(file, "Open &Recent", "mnuFileRecent");
+    // Filled when opened: the list changes with every load and save.
+    connect(recent, &QMenu::aboutToShow, this, [this, recent] {
+        recent->clear();
+        const QStringList paths = m_hooks.recentFiles ? m_hooks.recentFiles() : QStringList();
+        for (int i = 0; i < paths.size(); ++i) {
+            const QString path = paths[i];
+            // Numbered for the keyboard; the full path shows who is who.
+            QAction* item = recent->addAction(
+                QString("&%1 %2").arg((i + 1) % 10).arg(QFileInfo(path).fileName()));
+            item->setToolTip(path);
+            item->setStatusTip(path);
+            connect(item, &QAction::triggered, this, [this, path] {
+                if (m_hooks.openRecent) m_hooks.openRecent(path);
+            });
+        }
+        if (paths.isEmpty()) recent->addAction("(none)")->setEnabled(false);
+    });
+    // An empty menu shows nothing to open until it has been filled once.
+    recent->addAction("(none)")->setEnabled(false);
+
+    file->addSeparator();
+    QAction* save = addItem(file, "&Save", "mnuFileSave");
+    save->setShortcut(QKeySequence::Save);
+    connect(save, &QAction::triggered, this, [this] { run(m_hooks.save); });
+    QAction* saveAs = addItem(file, "Save &As...", "mnuFileSaveAs");
+    saveAs->setShortcut(QKeySequence::SaveAs);
+    connect(saveAs, &QAction::triggered, this, [this] { run(m_hooks.saveAs); });
+    QAction* exportItem = addItem(file, "&Export...", "mnuFileExport");
+    exportItem->setToolTip("The records as CSV and a picture of the session as PNG");
+    connect(exportItem, &QAction::triggered, this, [this] { run(m_hooks.exportRecording); });
+    file->addSeparator();
 }
 
 void MainMenus::buildConnection() {

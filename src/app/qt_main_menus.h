@@ -33,6 +33,13 @@ struct MenuHooks {
     std::function<void()> relayout;
     // The colour dialog, starting at `current`; nothing when cancelled.
     std::function<std::optional<Colour>(Colour current, const QString& title)> pickColour;
+    // The File menu's recordings: Open..., Open Recent, Save, Save As..., Export.
+    std::function<void()> open;
+    std::function<QStringList()> recentFiles;  // full paths, newest first
+    std::function<void(const QString& path)> openRecent;
+    std::function<void()> save;
+    std::function<void()> saveAs;
+    std::function<void()> exportRecording;
     std::function<void()> quit;
     // mnuConnectNeedleTest: start (true) or stop it; whether it now runs.
     std::function<bool(bool on)> needleTest;
@@ -77,6 +84,7 @@ private:
         std::function<std::optional<int>()> current;
     };
 
+    void buildFile(QMenu* file);
     void buildConnection();
     void buildSettings();
     void buildColours(QMenu* settings);

@@ -4,6 +4,7 @@
 #include <QColorDialog>
 #include <QDateTime>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QMenuBar>
 #include <QScreen>
 #include <QStatusBar>
@@ -21,6 +22,11 @@
 #include "calibration/upload.h"
 #include "common/vb_format.h"
 #include "display/needle_drawing.h"
+
+// Outside the namespace, as the macro wants.
+static void loadIconResource() {
+    Q_INIT_RESOURCE(lv_icon);
+}
 
 namespace lv {
 
@@ -49,6 +55,33 @@ ClockTime clockNow() {
 // GraphHeight_Index is kept as text; the chart is 1 to 5 fifths of the dial.
 int chartFifths(const Settings& cfg) {
     return std::clamp<int>(vbCInt(cfg.GraphHeight_Index).value_or(3), 1, 5);
+}
+
+// A size the program chooses by itself stays on the screen: the window is cut
+// to the screen's free area (the layout then takes the height from the dial,
+// the chart keeping its share of it) and moved back onto it when it would
+// hang over an edge.
+void resizeWithinScreen(QWidget& window, int width, int height) {
+    const QScreen* screen = window.screen();
+    if (!screen) {
+        window.resize(width, height);
+        return;
+    }
+    const QRect area = screen->availableGeometry();
+    // The title bar and borders of the window manager come on top.
+    const int frameW = window.frameGeometry().width() - window.geometry().width();
+    const int frameH = window.frameGeometry().height() - window.geometry().height();
+    width = std::max(std::min(width, area.width() - frameW), window.minimumWidth());
+    height = std::max(std::min(height, area.height() - frameH), window.minimumHeight());
+    window.resize(width, height);
+    QRect outer = window.frameGeometry();
+    outer.setSize(QSize(width + frameW, height + frameH));
+    if (area.contains(outer)) return;
+    outer.moveBottom(std::min(outer.bottom(), area.bottom()));
+    outer.moveRight(std::min(outer.right(), area.right()));
+    outer.moveTop(std::max(outer.top(), area.top()));
+    outer.moveLeft(std::max(outer.left(), area.left()));
+    window.move(outer.topLeft());
 }
 
 }  // namespace
@@ -81,6 +114,8 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
     m_status->setObjectName("lblStatus");
     m_readouts.setSettings(m_store.values);
     setWindowTitle("lv_Analog");
+    loadIconResource();
+    setWindowIcon(QIcon(":/lv_Analog.svg"));
 
     m_menus = std::make_unique<MainMenus>(menuBar(), m_store, m_session.state(), menuHooks(), this);
 
@@ -130,7 +165,11 @@ void MainWindow::Form_Load() {
     splashText("Loading");
     QCoreApplication::processEvents();
 
-    loadProgramFiles(m_options.dataFolder, m_store, m_sessionConfig);
+    m_store.RecordingsFolder = !m_recordingsFolder.empty()
+                                   ? m_recordingsFolder
+                                   : recordingsInside(m_options.dataFolder.string());
+    const std::string filesNotice =
+        loadProgramFiles(m_options.dataFolder, m_store, m_sessionConfig);
     placeWindow();
     startRecording();
 
@@ -144,6 +183,8 @@ void MainWindow::Form_Load() {
     };
     m_session.findMeterAtStart(m_sessionConfig, hooks);
     if (m_splash) m_splash->hide();
+    if (!filesNotice.empty())
+        m_prompter.ask("Session Configuration", filesNotice, Buttons::Ok, Icon::Exclamation);
 
     m_menus->syncFromSettings();
     MeterState& st = m_session.state();
@@ -229,7 +270,8 @@ void MainWindow::relayout() {
     if (m_started && !isMaximized() && !isFullScreen()) {
         const int newChart = cfg.GraphVisible ? dialHeight * fifths / 5 : 0;
         const int newRecord = cfg.RecordVisible ? m_recordPanel->sizeHint().height() : 0;
-        resize(width(), height() - oldChart - oldRecord + newChart + newRecord - slack);
+        resizeWithinScreen(*this, width(),
+                           height() - oldChart - oldRecord + newChart + newRecord - slack);
     }
     rebuildPanel();
     if (cfg.GraphVisible) rebuildChart();
@@ -260,6 +302,23 @@ MenuHooks MainWindow::menuHooks() {
         const QColor c = QColorDialog::getColor(toQColor(current), this, title);
         if (!c.isValid()) return std::nullopt;
         return rgb(c.red(), c.green(), c.blue());
+    };
+    // The recording controller comes with the start-up; the menus before it.
+    h.open = [this] {
+        if (m_recording) m_recording->open();
+    };
+    h.recentFiles = [this] { return m_recording ? m_recording->recentFiles() : QStringList(); };
+    h.openRecent = [this](const QString& path) {
+        if (m_recording) m_recording->openFile(path);
+    };
+    h.save = [this] {
+        if (m_recording) m_recording->saveFromMenu();
+    };
+    h.saveAs = [this] {
+        if (m_recording) m_recording->saveAsFromMenu();
+    };
+    h.exportRecording = [this] {
+        if (m_recording) m_recording->exportRecording();
     };
     h.quit = [this] { close(); };
     h.dialCalibration = [this] { dialCalibration(); };

@@ -43,6 +43,9 @@ public:
     void Form_Load();
     // Closes as Quit does, asking nothing (signals, --exit-after).
     void closeUnattended();
+    // Where recordings go while SavePath names no folder; before Form_Load.
+    // Without it they go to recordings/ in the data folder.
+    void setRecordingsFolder(std::string folder) { m_recordingsFolder = std::move(folder); }
     bool started() const { return m_started; }
 
     LiveSession& session() { return m_session; }
@@ -87,6 +90,7 @@ private:
     void splashText(const std::string& text);
 
     StartOptions m_options;
+    std::string m_recordingsFolder;
     SettingsStore m_store;
     SessionConfig m_sessionConfig;
     QtPrompter m_prompter;

@@ -13,6 +13,7 @@
 #include "recording/player.h"
 #include "recording/qt_audio_track.h"
 #include "recording/qt_record_panel.h"
+#include "recording/recent_files.h"
 #include "recording/recorder.h"
 #include "recording/recording_state.h"
 #include "recording/silent_track.h"
@@ -56,6 +57,21 @@ public:
     bool toggleTestAudio() { return m_test->toggleTestAudio(); }
     // Loads a recording and plays it (the command line's --play).
     void playFile(const QString& path);
+    // Loads a recording, ready to play (the command line's FILE, Open Recent).
+    void openFile(const QString& path);
+    // The File menu: Open..., Save, Save As..., Export.
+    void open() { load(); }
+    void saveFromMenu() { save(); }
+    void saveAsFromMenu();
+    void exportRecording();
+    // The records as CSV at `csv`, and the picture beside it as .png: what
+    // lvdtool csv and plot write. False, having said why, when it failed.
+    bool exportTo(const QString& csv);
+    // Newest first, full paths.
+    QStringList recentFiles() const;
+    // Where Open starts: the folder last loaded from or saved to, else the
+    // recordings folder.
+    QString loadStartFolder() const;
     // The frame path's call once a live needle is known.
     void liveNeedle(std::int32_t needle);
     // The main window's key press; true when it was one of the recording keys.
@@ -77,6 +93,7 @@ private:
     void record();
     void stop();
     void save();
+    void saveRecordingAs();
     void load();
     void loadFromList();
     void loadFile(const QString& path);
@@ -84,6 +101,13 @@ private:
     void settings();
     void syncTimers();
     void rememberRecent(const QString& path);
+    // After anything that may have saved: the saved file becomes the one
+    // shown, remembered and named in the title.
+    void noteSaved(const std::string& baseBefore);
+    void showLoadedInTitle(const QString& path);
+    // The default recordings folder is made when first needed.
+    void makeSaveFolder() const;
+    void tellInStatusLine(const QString& text);
 
     RecordPanel& m_panel;
     Wiring m_w;
@@ -98,7 +122,7 @@ private:
     QTimer m_step;      // the player's pacing while playing
     QTimer m_skip;      // tmrSkip
     QTimer m_tick;      // the recorder's journal flush
-    QStringList m_recent;
+    RecentFiles m_recent;
 };
 
 }  // namespace lv

@@ -184,16 +184,29 @@ LoadResult loadLvdBytes(std::span<const std::uint8_t> bytes, std::optional<int> 
 
 LoadResult loadLvdFile(const std::filesystem::path& path, std::optional<int> dialType,
                        RecBuffer& buffer, const LoadProgress& progress) {
-    FileHandle file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    // Looked at before it is opened: opening a named pipe waits for a writer
+    // that may never come, and a device may never end.
+    const auto kind = [&path](const struct stat& st) -> std::optional<LoadResult> {
+        if (S_ISDIR(st.st_mode)) return unreadable(path, "This is a folder, not a recording.");
+        if (!S_ISREG(st.st_mode)) return unreadable(path, "This is not an ordinary file.");
+        return std::nullopt;
+    };
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0) {
+        if (errno == ENOENT || errno == ENOTDIR)
+            return failure(LoadStatus::NotFound, "File Not Found", path.string());
+        return unreadable(path, std::strerror(errno));
+    }
+    if (auto refused = kind(st)) return *refused;
+    // Without blocking all the same, should the name have changed hands since.
+    FileHandle file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (file.get() < 0) {
         if (errno == ENOENT || errno == ENOTDIR)
             return failure(LoadStatus::NotFound, "File Not Found", path.string());
         return unreadable(path, std::strerror(errno));
     }
-    struct stat st {};
     if (::fstat(file.get(), &st) != 0) return unreadable(path, std::strerror(errno));
-    if (S_ISDIR(st.st_mode)) return unreadable(path, "This is a folder, not a recording.");
-    if (!S_ISREG(st.st_mode)) return unreadable(path, "This is not an ordinary file.");
+    if (auto refused = kind(st)) return *refused;
 
     const auto length = static_cast<std::uint64_t>(st.st_size);
     const std::int64_t count = lvdRecordCount(length);
@@ -220,6 +233,18 @@ LoadResult loadLvdFile(const std::filesystem::path& path, std::optional<int> dia
     LoadResult result = takeRecords(std::move(records), dialType, buffer, progress);
     if (result.ok()) result.caption = path.filename().string();
     return result;
+}
+
+std::optional<LoadResult> lvdHeadProblem(const std::filesystem::path& path) {
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+    FileHandle file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.get() < 0) return std::nullopt;
+    std::array<std::uint8_t, kValidatedRecords * kLvdRecordSize> head{};
+    std::size_t got = 0;
+    if (!readFully(file.get(), head.data(), head.size(), got)) return std::nullopt;
+    if (Verify_lvd_Format(std::span(head.data(), got))) return std::nullopt;
+    return incompatible();
 }
 
 SaveResult saveLvdRecords(const std::filesystem::path& path, std::span<const lvdRecord> records,

@@ -63,6 +63,12 @@ LoadResult loadLvdBytes(std::span<const std::uint8_t> bytes, std::optional<int> 
 LoadResult loadLvdFile(const std::filesystem::path& path, std::optional<int> dialType,
                        RecBuffer& buffer, const LoadProgress& progress = {});
 
+// The check of the first five records alone, for a load that must not open
+// the sound of a file that is no recording: the incompatible result when the
+// check fails; nothing when it passes or when the file cannot be read here
+// (the load itself then says why).
+std::optional<LoadResult> lvdHeadProblem(const std::filesystem::path& path);
+
 struct SaveResult {
     bool saved = true;
     std::string title;  // empty when saved

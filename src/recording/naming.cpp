@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <limits>
 #include <string_view>
 #include <system_error>
 
@@ -48,6 +49,37 @@ std::string autoName(const Settings& settings, const LocalDateTime& now) {
     if (settings.SuffixType == kSuffixNumber)
         return numberedName(settings.SavePrefix, settings.SuffixNum);
     return dateTimeName(settings.SavePrefix, now);
+}
+
+bool prefixStaysInFolder(const std::string& prefix) {
+    return prefix.find('/') == std::string::npos && prefix.find('\0') == std::string::npos;
+}
+
+bool nameTaken(const std::string& savePath, const std::string& name) {
+    std::error_code ec;
+    return std::filesystem::exists(std::filesystem::symlink_status(lvdPathFor(savePath, name), ec)) ||
+           std::filesystem::exists(std::filesystem::symlink_status(wavPathFor(savePath, name), ec));
+}
+
+std::string freeVariant(const std::string& savePath, const std::string& name) {
+    std::string free = name;
+    for (int n = 2; nameTaken(savePath, free); ++n) free = name + "_" + std::to_string(n);
+    return free;
+}
+
+std::string freeAutoName(Settings& settings, const LocalDateTime& now, bool& counted) {
+    counted = false;
+    std::string name = autoName(settings, now);
+    if (settings.SuffixType == kSuffixNumber) {
+        while (nameTaken(settings.SavePath, name) &&
+               settings.SuffixNum < std::numeric_limits<std::int16_t>::max()) {
+            ++settings.SuffixNum;
+            counted = true;
+            name = autoName(settings, now);
+        }
+    }
+    // A date-time taken already, or a series that has run out of numbers.
+    return freeVariant(settings.SavePath, name);
 }
 
 std::filesystem::path lvdPathFor(const std::string& savePath, const std::string& name) {
@@ -95,9 +127,20 @@ std::optional<PrefixProblem> validatePrefix(const std::string& savePath,
     return std::nullopt;
 }
 
-ResetOutcome resetNumbering(Settings& settings) {
-    settings.SuffixNum = 1;
+ResetOutcome resetNumbering(Settings& settings, const DisposeFile& dispose) {
     ResetOutcome outcome;
+    if (!prefixStaysInFolder(settings.SavePrefix)) {
+        outcome.refused = "Error: Invalid Prefix name " + settings.SavePrefix;
+        return outcome;
+    }
+    if (settings.SavePrefix.empty()) {
+        outcome.refused =
+            "Reset needs a prefix: without one it would delete every recording in the save "
+            "folder whose name has three characters.\n\nEnter a prefix, press OK, then open "
+            "the Recording Settings again to reset.";
+        return outcome;
+    }
+    settings.SuffixNum = 1;
     if (settings.SavePath.empty()) return outcome;
 
     namespace fs = std::filesystem;
@@ -117,7 +160,7 @@ ResetOutcome resetNumbering(Settings& settings) {
         matches.push_back(it->path());
     }
     for (const fs::path& path : matches) {
-        if (fs::remove(path, ec) && !ec)
+        if (dispose ? dispose(path) : fs::remove(path, ec) && !ec)
             outcome.deleted.push_back(path);
         else
             outcome.notDeleted.push_back(path);

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,6 +23,20 @@ std::string dateTimeName(const std::string& prefix, const LocalDateTime& when);
 // numeric one names by date and time.
 std::string autoName(const Settings& settings, const LocalDateTime& now);
 
+// A prefix names files in the save folder and nowhere else: no folder
+// separator and no NUL in it.
+bool prefixStaysInFolder(const std::string& prefix);
+
+// The automatic name of a recording that starts (or is saved) at `now`,
+// never one a .lvd or .wav in the save folder already has: the numbered
+// series moves SuffixNum on to the next free number, and a date-time name
+// that is taken gets "_2", "_3", ... True in `counted` when SuffixNum moved.
+std::string freeAutoName(Settings& settings, const LocalDateTime& now, bool& counted);
+// Whether a .lvd or .wav of the name is in the save folder (a dangling link counts).
+bool nameTaken(const std::string& savePath, const std::string& name);
+// The name itself when free, else the name with "_2", "_3", ...
+std::string freeVariant(const std::string& savePath, const std::string& name);
+
 // SavePath + name + ".lvd" / ".wav" (SavePath ends in the separator).
 std::filesystem::path lvdPathFor(const std::string& savePath, const std::string& name);
 std::filesystem::path wavPathFor(const std::string& savePath, const std::string& name);
@@ -41,6 +56,7 @@ struct PrefixProblem {
 std::optional<PrefixProblem> validatePrefix(const std::string& savePath, const std::string& prefix);
 
 struct ResetOutcome {
+    std::string refused;  // why nothing was done (no prefix), else empty
     std::vector<std::filesystem::path> deleted;
     std::vector<std::filesystem::path> notDeleted;  // matched, but the delete failed
 };
@@ -49,7 +65,11 @@ struct ResetOutcome {
 // deleted. Names are compared with the folder's entries as plain text (no
 // wildcards, letter case as it stands), so nothing outside the folder or in
 // its subfolders is ever touched, whatever the prefix holds. No folder set
-// deletes nothing.
-ResetOutcome resetNumbering(Settings& settings);
+// deletes nothing. An empty or unusable prefix is refused, SuffixNum
+// unchanged: its "series" would be every file with a three-character name.
+// `dispose` takes each file away (the window sends it to the desktop's
+// trash) and says whether it went; without one the file is removed.
+using DisposeFile = std::function<bool(const std::filesystem::path&)>;
+ResetOutcome resetNumbering(Settings& settings, const DisposeFile& dispose = {});
 
 }  // namespace lv

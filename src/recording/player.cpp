@@ -36,6 +36,13 @@ bool fileExists(const std::string& path) {
     return std::filesystem::exists(path, ec);
 }
 
+// A sound to open: an ordinary file only, since opening a named pipe waits
+// for a writer that may never come.
+bool soundFileThere(const std::string& path) {
+    std::error_code ec;
+    return std::filesystem::is_regular_file(path, ec);
+}
+
 CalendarDate calendarDate(std::chrono::year_month_day date) {
     return {static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
             static_cast<int>(static_cast<unsigned>(date.day()))};
@@ -68,7 +75,7 @@ bool Player::loadFailed(const std::string& title, const std::string& text, Icon 
 
 AudioTrack* Player::chooseAudio(const std::string& base) {
     if (!m_cfg.AudioEnable) {
-        if (fileExists(m_tracks.dummyPath) &&
+        if (soundFileThere(m_tracks.dummyPath) &&
             m_tracks.placeholder.openFile(m_tracks.dummyPath, AudioKind::Compressed) == kAudioOk) {
             m_rs.AudioBytesPerSec = kMillisecondTrack;
             return &m_tracks.placeholder;
@@ -81,7 +88,7 @@ AudioTrack* Player::chooseAudio(const std::string& base) {
     // A wave that cannot be opened or cannot tell its rate is passed over for
     // the compressed track, as a missing one is.
     const std::string wave = base + ".wav";
-    if (fileExists(wave) && sound.openFile(wave, AudioKind::Wave) == kAudioOk) {
+    if (soundFileThere(wave) && sound.openFile(wave, AudioKind::Wave) == kAudioOk) {
         int rate = 0, bits = 0, channels = 0;
         if (sound.waveFormat(rate, bits, channels) == kAudioOk) {
             const std::int64_t bytesPerSec = std::int64_t{rate} * bits * channels / 8;
@@ -93,7 +100,8 @@ AudioTrack* Player::chooseAudio(const std::string& base) {
         sound.close();
     }
     const std::string compressed = base + ".mp3";
-    if (fileExists(compressed) && sound.openFile(compressed, AudioKind::Compressed) == kAudioOk) {
+    if (soundFileThere(compressed) &&
+        sound.openFile(compressed, AudioKind::Compressed) == kAudioOk) {
         m_rs.AudioBytesPerSec = kMillisecondTrack;
         return &sound;
     }
@@ -110,6 +118,9 @@ bool Player::Load_File(const std::string& path, const std::function<void()>& unl
     // A Load pressed while the events of a load run waits for that one.
     if (m_loading) return false;
     if (!fileExists(path)) return loadFailed(kFileNotFound, path, Icon::Exclamation);
+    // A file that is no recording is told as such, not as a sound gone missing.
+    if (const auto bad = lvdHeadProblem(path))
+        return loadFailed(bad->title, bad->text, Icon::Exclamation);
     const std::string base = path.size() >= 4 ? path.substr(0, path.size() - 4) : path;
     // Everything that can refuse the file is asked before the recording in
     // memory goes: a file that fails leaves it, and its sound, as they were.

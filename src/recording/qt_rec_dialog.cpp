@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QFile>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -183,20 +184,31 @@ void RecDialog::browse() {
 }
 
 void RecDialog::reset() {
+    // The series in force, not a prefix or folder typed here and not yet confirmed.
+    Settings saved = m_settings;
+    if (saved.SavePrefix.empty() || !prefixStaysInFolder(saved.SavePrefix)) {
+        m_prompter.ask("Reset", resetNumbering(saved).refused, Buttons::Ok, Icon::Exclamation);
+        return;
+    }
     if (m_prompter.ask("Warning", "Warning..Reset may delete files!", Buttons::YesNo,
                        Icon::Exclamation) != Answer::Yes)
         return;
-    const ResetOutcome outcome = resetNumbering(m_draft);
+    // To the trash, not unlinked: the series goes without a question, but not
+    // without a way back.
+    const ResetOutcome outcome = resetNumbering(saved, [](const std::filesystem::path& path) {
+        return QFile::moveToTrash(QString::fromStdString(path.string()));
+    });
+    m_trashed += static_cast<int>(outcome.deleted.size());
     // The files are gone whatever the dialog ends with, so the number that
     // starts the series again is kept at once, not only on OK.
-    if (m_draft.SavePath == m_settings.SavePath && m_draft.SavePrefix == m_settings.SavePrefix)
-        m_settings.SuffixNum = m_draft.SuffixNum;
+    m_draft.SuffixNum = m_settings.SuffixNum = saved.SuffixNum;
     refresh();
     if (outcome.notDeleted.empty()) return;
     std::string list;
     for (const auto& path : outcome.notDeleted) list += "\n" + path.string();
-    m_prompter.ask("Reset", "These files could not be deleted:" + list, Buttons::Ok,
-                   Icon::Exclamation);
+    m_prompter.ask("Reset",
+                   "These files could not be moved to the trash, and are left as they are:" + list,
+                   Buttons::Ok, Icon::Exclamation);
 }
 
 void RecDialog::accept() {

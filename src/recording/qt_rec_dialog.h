@@ -17,7 +17,7 @@ namespace lv {
 // frmRec: how recordings are named and saved. It works on a copy of the
 // settings and writes the copy back only when OK finds the prefix usable, so
 // Cancel leaves every setting as it was. Files are another matter: the ones a
-// reset deletes are gone whatever is pressed afterwards.
+// reset sends to the trash stay there whatever is pressed afterwards.
 class RecDialog : public QDialog {
     Q_OBJECT
 public:
@@ -31,6 +31,8 @@ public:
 
     // The settings as the dialog holds them now (what OK would write).
     const Settings& edited() const { return m_draft; }
+    // Files a reset sent to the trash while the dialog was open.
+    int trashedCount() const { return m_trashed; }
 
 public slots:
     void accept() override;
@@ -48,6 +50,7 @@ private:
     Prompter& m_prompter;
     BrowseFolder m_browse;
     Settings m_draft;
+    int m_trashed = 0;
 
     QButtonGroup* m_optMode = nullptr;
     QButtonGroup* m_optSuffix = nullptr;

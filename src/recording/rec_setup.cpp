@@ -26,7 +26,7 @@ std::string saveFolderText(const std::string& chosenFolder) {
 }
 
 std::optional<PrefixProblem> checkPrefix(const std::string& savePath, const std::string& prefix) {
-    if (prefix.find('/') != std::string::npos || prefix.find('\0') != std::string::npos)
+    if (!prefixStaysInFolder(prefix))
         return PrefixProblem{"Validate Filename", "Error: Invalid Prefix name "};
     if (savePath.empty()) return std::nullopt;
     return validatePrefix(savePath, prefix);

@@ -144,6 +144,47 @@ bool Recorder::saveFolderReady() {
     return false;
 }
 
+bool Recorder::prefixReady() {
+    if (!isAutomaticMode(m_cfg.RecordingMode) || prefixStaysInFolder(m_cfg.SavePrefix)) return true;
+    tell("Validate Filename",
+         "Error: Invalid Prefix name " + m_cfg.SavePrefix +
+             "\n\nA prefix names files in the save folder only. Choose another in the "
+             "Recording Settings, then record again.",
+         Icon::Critical);
+    return false;
+}
+
+void Recorder::countedUp() {
+    if (m_saveNumbering) m_saveNumbering();
+}
+
+void Recorder::nameRecording() {
+    if (!isAutomaticMode(m_cfg.RecordingMode)) {
+        m_state.SaveName = autoName(m_cfg, m_now());
+        return;
+    }
+    bool counted = false;
+    m_state.SaveName = freeAutoName(m_cfg, m_now(), counted);
+    if (counted) countedUp();
+}
+
+bool Recorder::freeSaveName() {
+    // A file that has appeared under the name since the recording started
+    // (another program, a copy) is never written over: the name moves on.
+    if (m_cfg.SavePath + m_state.SaveName == m_state.loadedBase ||
+        !nameTaken(m_cfg.SavePath, m_state.SaveName))
+        return false;
+    if (m_cfg.SuffixType == kSuffixNumber) {
+        bool counted = false;
+        m_state.SaveName = freeAutoName(m_cfg, m_now(), counted);
+        if (counted) countedUp();
+    } else {
+        // The start's date and time stay in the name.
+        m_state.SaveName = freeVariant(m_cfg.SavePath, m_state.SaveName);
+    }
+    return true;
+}
+
 int Recorder::openTracks() {
     // The previous recording's sound goes either way.
     note(m_tracks.sound.close());
@@ -167,7 +208,9 @@ void Recorder::labelForMode() {
 }
 
 bool Recorder::cmdRecord_Click() {
-    if (m_phase != Phase::Idle || m_st.RunMode == kRunPlayback || !saveFolderReady()) return false;
+    if (m_phase != Phase::Idle || m_st.RunMode == kRunPlayback || !saveFolderReady() ||
+        !prefixReady())
+        return false;
     if (m_state.RecNotSaved && m_cfg.RecPromptEnable &&
         m_prompter.ask("Warning", "Previous recording not saved, Continue?", Buttons::YesNo,
                        Icon::None) != Answer::Yes)
@@ -188,7 +231,7 @@ bool Recorder::cmdRecord_Click() {
     m_soundMessage.clear();
 
     int soundProblem = openTracks();
-    m_state.SaveName = autoName(m_cfg, m_now());
+    nameRecording();
     labelForMode();
     if (m_withSound) {
         if (const int rc = note(m_tracks.sound.record()); rc != kAudioOk) {
@@ -302,10 +345,16 @@ RecoveryJournal::Header Recorder::journalHeader() const {
 
 void Recorder::openJournal() {
     m_framesSinceFlush = 0;
-    // A journal that cannot be written costs the safety net, not the recording.
-    if (!m_recoveryFolder.empty() && m_journal.open(m_recoveryFolder, journalHeader()) &&
-        m_withSound)
-        m_journal.appendAudio(m_pendingAudio);
+    if (!m_recoveryFolder.empty()) {
+        // Our own earlier recording was given up by the operator; one an
+        // earlier run left (start-up could not keep it) is kept now, or left alone.
+        if (m_journalOwned) discardJournal();
+        RecoveryJournal::preserve(m_recoveryFolder,
+                                  m_recoveryFolder / RecoveryJournal::kRecoveredFolder, m_cfg);
+        // A journal that cannot be written costs the safety net, not the recording.
+        m_journalOwned = m_journal.open(m_recoveryFolder, journalHeader());
+        if (m_journalOwned && m_withSound) m_journal.appendAudio(m_pendingAudio);
+    }
     m_pendingAudio.clear();
 }
 
@@ -432,16 +481,23 @@ void Recorder::cmdStop_Click() {
     m_journal.close();  // kept until the recording is saved or dropped
 
     RecBuffer& buffer = m_state.buffer;
-    showPlayTime(buffer.TotalTimeMs / 1000, kPlayTimeIdle);
-    m_panel.setTotalTime(playTimeText(buffer.TotalTimeMs / 1000));
-    m_panel.setPanelWord("");
-    m_state.playStart = 1;
-    m_state.playEnd = buffer.RecIndex;
-    m_state.RecNotSaved = true;
-    m_state.RecHasData = true;
-    m_panel.setEnabled(afterRecording(true));
+    const bool empty = buffer.RecCount < 1;
+    if (empty) {
+        // Stopped before the first frame (in the lead-in, or by a signal):
+        // there is nothing to keep, and an empty file would only be refused later.
+        endEmptyRecording();
+    } else {
+        showPlayTime(buffer.TotalTimeMs / 1000, kPlayTimeIdle);
+        m_panel.setTotalTime(playTimeText(buffer.TotalTimeMs / 1000));
+        m_panel.setPanelWord("");
+        m_state.playStart = 1;
+        m_state.playEnd = buffer.RecIndex;
+        m_state.RecNotSaved = true;
+        m_state.RecHasData = true;
+        m_panel.setEnabled(afterRecording(true));
+    }
 
-    switch (m_cfg.RecordingMode) {
+    switch (empty ? 0 : m_cfg.RecordingMode) {
         case kModeManual:
             setSaveCaption(kSaveAs);
             break;
@@ -451,9 +507,7 @@ void Recorder::cmdStop_Click() {
             break;
         case kModeAutoSave:
             m_cfg.LoadPath = m_cfg.SavePath;  // the last-used folder
-            if (writeRecording(m_cfg.SavePath + m_state.SaveName, true) &&
-                m_cfg.SuffixType == kSuffixNumber)
-                ++m_cfg.SuffixNum;
+            saveUnderAutoName();
             break;
         default:
             break;
@@ -505,11 +559,32 @@ bool Recorder::cmdSave_Click(std::optional<std::string> chosenPath) {
     if (m_phase != Phase::Idle || !m_state.RecHasData || m_state.buffer.RecCount < 1) return false;
     if (chosenPath) return writeRecording(baseOf(*chosenPath), true);
     if (m_saveCaption != kSave) return false;  // "Save As" needs the chosen name
+    return saveUnderAutoName();
+}
+
+bool Recorder::saveUnderAutoName() {
+    const bool resaving = m_state.loadedBase == m_cfg.SavePath + m_state.SaveName;
+    freeSaveName();
     if (!writeRecording(m_cfg.SavePath + m_state.SaveName, true)) return false;
     // The next recording would otherwise get this number again, and its save
     // would overwrite this one without a word.
-    if (m_cfg.SuffixType == kSuffixNumber) ++m_cfg.SuffixNum;
+    if (!resaving && m_cfg.SuffixType == kSuffixNumber &&
+        m_cfg.SuffixNum < std::numeric_limits<std::int16_t>::max()) {
+        ++m_cfg.SuffixNum;
+        countedUp();
+    }
     return true;
+}
+
+void Recorder::endEmptyRecording() {
+    discardJournal();
+    m_state.RecNotSaved = m_state.RecHasData = false;
+    m_state.playStart = 1;
+    m_state.playEnd = 0;
+    showPlayTime(0, kPlayTimeIdle);
+    m_panel.setPanelWord("");
+    m_panel.setEnabled(afterRecording(false));
+    m_panel.setLoadedFile(kNoFileLoaded, kNoFileLoaded);
 }
 
 bool Recorder::saveAsFromLabel(const std::string& path) {
@@ -564,33 +639,8 @@ void Recorder::stopForExit() {
 }
 
 void Recorder::discardJournal() {
-    m_journal.discard();
-    if (!m_recoveryFolder.empty()) RecoveryJournal::removeFiles(m_recoveryFolder);
-}
-
-std::optional<RecoveryJournal::Recovered> Recorder::recoverFromJournal() {
-    if (m_phase != Phase::Idle || m_recoveryFolder.empty()) return std::nullopt;
-    auto found = RecoveryJournal::recover(m_recoveryFolder, m_state);
-    if (!found) return std::nullopt;
-
-    note(m_tracks.sound.close());
-    note(m_tracks.placeholder.close());
-    if (found->waveFile &&
-        note(m_tracks.sound.openFile(found->waveFile->string(), AudioKind::Wave)) == kAudioOk) {
-        m_state.track = &m_tracks.sound;
-        m_state.AudioBytesPerSec = kWaveBytesPerSec;
-    } else {
-        usePlaceholder();
-    }
-    const std::int32_t mode = m_cfg.RecordingMode;
-    const bool named =
-        (mode == kModeAutoName || mode == kModeAutoSave) && !m_state.SaveName.empty();
-    m_panel.setLoadedFile(kBuffer, named ? m_cfg.SavePath + m_state.SaveName : kBuffer);
-    setSaveCaption(named ? kSave : kSaveAs);
-    m_panel.setTotalTime(playTimeText(m_state.buffer.TotalTimeMs / 1000));
-    showPlayTime(0, kPlayTimeIdle);
-    m_panel.setEnabled(afterRecording(true));
-    return found;
+    if (m_journalOwned) m_journal.discard();
+    m_journalOwned = false;
 }
 
 }  // namespace lv

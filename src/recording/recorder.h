@@ -54,10 +54,14 @@ public:
     // Where the recovery journal is kept (the data folder). Without one,
     // nothing is journalled.
     void setRecoveryFolder(std::filesystem::path dataFolder);
+    // Called whenever SuffixNum has moved on, so that it reaches the settings
+    // file at once: a crash must not hand out a number that is in use.
+    void setNumberingSaver(std::function<void()> save) { m_saveNumbering = std::move(save); }
 
     // Record: true when recording has started. Refused while recording or
     // playing, when the operator keeps an unsaved recording, and when the
-    // automatic modes' save folder is missing (the operator is told).
+    // automatic modes' save folder is missing or their prefix would name a
+    // file elsewhere (the operator is told).
     bool cmdRecord_Click();
     // Stop: waits for the next whole second of sound (never much more than
     // one), cuts the lead-in, and saves or labels by the recording mode.
@@ -79,11 +83,9 @@ public:
     // SIGTERM or SIGINT: stops as Stop does, asks and tells nothing, and
     // keeps an unsaved recording's journal for the next start.
     void stopForExit();
-    // Forgets the journal, e.g. when the operator closes without saving.
+    // Forgets this recorder's own journal, e.g. when the operator closes
+    // without saving. One left by an earlier run is never touched here.
     void discardJournal();
-    // Takes back a journal left by a crash as an unsaved recording; its
-    // sound, if any, is opened on the sound track so that Save writes it.
-    std::optional<RecoveryJournal::Recovered> recoverFromJournal();
 
     // The frame path (RecorderTap), then recordFrame once the needle is known.
     void countFrame() override;
@@ -106,6 +108,12 @@ private:
     bool takesFrames() const;
     int note(int audioResult);
     bool saveFolderReady();
+    bool prefixReady();
+    void nameRecording();
+    bool freeSaveName();
+    void countedUp();
+    bool saveUnderAutoName();
+    void endEmptyRecording();
     int openTracks();
     void labelForMode();
     void usePlaceholder();
@@ -152,8 +160,10 @@ private:
     std::string m_soundMessage;  // to show once, outside the frame path
     bool m_soundWarned = false;
 
+    std::function<void()> m_saveNumbering;
     std::filesystem::path m_recoveryFolder;
     RecoveryJournal m_journal;
+    bool m_journalOwned = false;  // the journal's files are this recorder's
     std::string m_pendingAudio;  // the lead-in's sound, until the journal opens
     int m_framesSinceFlush = 0;
 };

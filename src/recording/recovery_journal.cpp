@@ -1,6 +1,7 @@
 #include "recording/recovery_journal.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +11,10 @@
 #include <cstring>
 #include <system_error>
 #include <vector>
+
+#include "common/vb_date.h"
+#include "recording/lvd_file.h"
+#include "recording/start_stamp.h"
 
 namespace lv {
 
@@ -80,8 +85,14 @@ std::optional<RecoveryJournal::Header> decodeHeader(const std::uint8_t* in) {
 }
 
 std::optional<std::vector<std::uint8_t>> readWhole(const fs::path& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    // Never waits: a named pipe in the journal's place is no journal.
+    const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) return std::nullopt;
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        return std::nullopt;
+    }
     std::vector<std::uint8_t> bytes;
     std::array<std::uint8_t, 65536> chunk;
     for (;;) {
@@ -114,6 +125,47 @@ std::int64_t fileSize(const fs::path& path) {
     std::error_code ec;
     const auto size = fs::file_size(path, ec);
     return ec ? -1 : static_cast<std::int64_t>(size);
+}
+
+// A name in the folder that neither a .lvd nor a .wav has yet: the base,
+// else the base with "_2", "_3", ...
+fs::path freeStem(const fs::path& folder, const std::string& base) {
+    std::error_code ec;
+    for (int n = 1;; ++n) {
+        const std::string name = n == 1 ? base : base + "_" + std::to_string(n);
+        const fs::path stem = folder / name;
+        if (!fs::exists(fs::symlink_status(fs::path(stem.string() + ".lvd"), ec)) &&
+            !fs::exists(fs::symlink_status(fs::path(stem.string() + ".wav"), ec)))
+            return stem;
+    }
+}
+
+LocalDateTime localDateTimeOf(std::int32_t days, std::int32_t secs) {
+    LocalDateTime t;
+    // The stamp holds the days in 16 bits; a header from a damaged file may say anything.
+    t.date = dateFromDays(std::clamp<std::int32_t>(days, 0, 0xFFFF));
+    secs = ((secs % 86400) + 86400) % 86400;
+    t.hour = secs / 3600;
+    t.minute = secs / 60 % 60;
+    t.second = secs % 60;
+    return t;
+}
+
+// A journal that a recorder still holds open, here or in another instance
+// of the program on the same data folder, is a recording in progress.
+bool inUse(const fs::path& records) {
+    const int fd = ::open(records.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return false;
+    const bool held = ::flock(fd, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    ::close(fd);
+    return held;
+}
+
+bool syncFile(const fs::path& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    const bool ok = ::fdatasync(fd) == 0;
+    return ::close(fd) == 0 && ok;
 }
 
 struct Scan {
@@ -157,13 +209,16 @@ RecoveryJournal::~RecoveryJournal() {
 
 bool RecoveryJournal::open(const fs::path& folder, const Header& header) {
     close();
+    if (inUse(folder / kRecordsFile) || find(folder)) return false;
     m_folder = folder;
     m_failed = false;
     constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
     m_records = ::open((folder / kRecordsFile).c_str(), kFlags, 0644);
     m_audio = ::open((folder / kAudioFile).c_str(), kFlags, 0644);
     const auto block = encodeHeader(header);
-    if (m_records < 0 || m_audio < 0 || !writeAll(m_records, block.data(), block.size())) {
+    // Held for as long as it is open, so that no one takes it for a crash's.
+    if (m_records < 0 || m_audio < 0 || ::flock(m_records, LOCK_EX | LOCK_NB) != 0 ||
+        !writeAll(m_records, block.data(), block.size())) {
         close();
         removeFiles(folder);
         return false;
@@ -219,7 +274,7 @@ void RecoveryJournal::discard() {
 
 void RecoveryJournal::removeFiles(const fs::path& folder) {
     std::error_code ec;
-    for (const char* name : {kRecordsFile, kAudioFile, kWaveFile}) fs::remove(folder / name, ec);
+    for (const char* name : {kRecordsFile, kAudioFile}) fs::remove(folder / name, ec);
 }
 
 std::optional<RecoveryJournal::Recovered> RecoveryJournal::find(const fs::path& folder) {
@@ -228,36 +283,64 @@ std::optional<RecoveryJournal::Recovered> RecoveryJournal::find(const fs::path& 
     return s->found;
 }
 
-std::optional<RecoveryJournal::Recovered> RecoveryJournal::recover(const fs::path& folder,
-                                                                   RecordingState& state) {
+RecoveryJournal::Preserved RecoveryJournal::preserve(const fs::path& folder, const fs::path& into,
+                                                     const Settings& settings) {
+    Preserved out;
+    if (inUse(folder / kRecordsFile)) return out;
     auto s = scan(folder);
-    if (!s) return std::nullopt;
-    Recovered& r = s->found;
-    const Header& h = r.header;
-
-    RecBuffer& buffer = state.buffer;
-    buffer.CurRecord = s->records.back();
-    buffer.RecCount = r.recordCount;
-    buffer.RecIndex = 1;
-    buffer.TotalTimeMs = buffer.CurRecord.TimeMs;
-    buffer.replaceRecords(std::move(s->records));
-    buffer.StartTimeSecs = h.StartTimeSecs;
-    buffer.StartDays = h.StartDays;
-    buffer.RecordingDate = dateFromDays(h.StartDays);
-
-    state.RecNotSaved = true;
-    state.RecHasData = true;
-    state.playStart = 1;
-    state.playEnd = r.recordCount;
-    state.SaveName = h.SaveName;
-    state.AudioBytesPerSec = h.AudioBytesPerSec;
-    state.loadedBase.clear();
-
-    if (r.pcmFile) {
-        const fs::path wave = folder / kWaveFile;
-        if (writeWave(*r.pcmFile, h.audioLeadInBytes, wave)) r.waveFile = wave;
+    if (!s) {
+        // Nothing recorded (a crash in the lead-in): nothing to keep.
+        if (fs::exists(folder / kRecordsFile)) removeFiles(folder);
+        return out;
     }
-    return r;
+    const Header& h = s->found.header;
+    out.recordCount = s->found.recordCount;
+    const auto fail = [&out](std::string text) {
+        out.outcome = Preserved::Outcome::Failed;
+        out.error = std::move(text);
+        return out;
+    };
+
+    std::error_code ec;
+    fs::create_directories(into, ec);
+    if (!fs::is_directory(into, ec))
+        return fail(into.string() + ": " + (ec ? ec.message() : "not a folder"));
+
+    const std::string base = formatNameStamp(localDateTimeOf(h.StartDays, h.StartTimeSecs));
+    const fs::path stem = freeStem(into, base);
+    const fs::path lvd = fs::path(stem.string() + ".lvd");
+    const fs::path wav = fs::path(stem.string() + ".wav");
+    const fs::path lvdPart = fs::path(lvd.string() + ".part");
+    const fs::path wavPart = fs::path(wav.string() + ".part");
+
+    // The start stamp lets the player and the tools show when it was made.
+    const StartStamp stamp = startStampFor(settings, h.StartTimeSecs, h.StartDays);
+    const SaveResult saved = saveLvdRecords(lvdPart, s->records, stamp);
+    if (!saved.saved || !syncFile(lvdPart)) {
+        fs::remove(lvdPart, ec);
+        return fail(saved.saved ? lvd.string() + ": cannot be written" : saved.text);
+    }
+    const bool withWave = s->found.pcmFile.has_value();
+    if (withWave &&
+        (!writeWave(*s->found.pcmFile, h.audioLeadInBytes, wavPart) || !syncFile(wavPart))) {
+        fs::remove(lvdPart, ec);
+        fs::remove(wavPart, ec);
+        return fail(wav.string() + ": cannot be written");
+    }
+    // Renamed only when whole, so that a kill half-way leaves no broken pair.
+    if (withWave) fs::rename(wavPart, wav, ec);
+    if (!ec) fs::rename(lvdPart, lvd, ec);
+    if (ec) {
+        fs::remove(lvdPart, ec);
+        fs::remove(wavPart, ec);
+        fs::remove(wav, ec);
+        return fail(lvd.string() + ": cannot be written");
+    }
+    removeFiles(folder);
+    out.outcome = Preserved::Outcome::Kept;
+    out.lvdFile = lvd;
+    if (withWave) out.wavFile = wav;
+    return out;
 }
 
 bool RecoveryJournal::writeWave(const fs::path& pcm, std::int64_t skipBytes, const fs::path& wave) {

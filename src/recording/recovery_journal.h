@@ -6,21 +6,22 @@
 #include <string_view>
 
 #include "recording/lvd_record.h"
-#include "recording/recording_state.h"
+#include "settings/settings.h"
 
 // A recording in progress, kept on disk as it is made, so that a crash, a
 // power cut or a kill loses at most the last second of it. Two files in the
 // data folder: the records behind a small header, and the raw sound as it was
 // captured (16-bit mono 22050 Hz, lead-in included). A normal save removes
-// them; the next start-up finds what is left and offers it back.
+// them; the next start-up turns what is left into an ordinary recording in a
+// folder of its own before anything else can happen.
 namespace lv {
 
 class RecoveryJournal {
 public:
     static constexpr const char* kRecordsFile = "recovery.lvdj";
     static constexpr const char* kAudioFile = "recovery.pcm";
-    // Written by recover(): the captured sound less its lead-in, as a wave.
-    static constexpr const char* kWaveFile = "recovery.wav";
+    // Where preserve() puts interrupted sessions, inside the data folder.
+    static constexpr const char* kRecoveredFolder = "recovered";
 
     struct Header {
         std::int32_t StartTimeSecs = 0;
@@ -36,8 +37,15 @@ public:
         Header header;
         std::int32_t recordCount = 0;  // complete, valid records
         std::filesystem::path recordsFile;
-        std::optional<std::filesystem::path> pcmFile;   // when sound past the lead-in is there
-        std::optional<std::filesystem::path> waveFile;  // set by recover() once written
+        std::optional<std::filesystem::path> pcmFile;  // when sound past the lead-in is there
+    };
+
+    struct Preserved {
+        enum class Outcome { Nothing, Kept, Failed } outcome = Outcome::Nothing;
+        std::int32_t recordCount = 0;
+        std::filesystem::path lvdFile;                 // when kept
+        std::optional<std::filesystem::path> wavFile;  // when kept with its sound
+        std::string error;                             // when failed
     };
 
     RecoveryJournal() = default;
@@ -46,7 +54,10 @@ public:
     // Closes the files and leaves them: a journal outlives its writer.
     ~RecoveryJournal();
 
-    // Starts a journal afresh in the folder (any earlier one there is replaced).
+    // Starts a journal afresh in the folder. A journal with records already
+    // there is someone's interrupted session, and one held open is another
+    // instance's recording: then nothing is opened and it stays as it is. One
+    // without records is replaced.
     bool open(const std::filesystem::path& folder, const Header& header);
     bool isOpen() const { return m_records >= 0; }
     // Rewrites the header in place, e.g. when the sound is given up.
@@ -66,10 +77,14 @@ public:
     // last record (a write cut short) and anything after the first record
     // that is not a frame are left out.
     static std::optional<Recovered> find(const std::filesystem::path& folder);
-    // Loads the journal's records into the buffer as a recording that is
-    // still to be saved, and writes the sound as kWaveFile beside it.
-    static std::optional<Recovered> recover(const std::filesystem::path& folder,
-                                            RecordingState& state);
+    // Turns the journal left in `folder` into an ordinary recording in
+    // `into` (created when missing): a .lvd stamped with its start, and the
+    // sound less its lead-in as a .wav, named by the start's date and time and
+    // never over an existing file. The journal goes only once both are on
+    // the disk; a journal without records simply goes; one held open by a
+    // recorder is left alone (Nothing).
+    static Preserved preserve(const std::filesystem::path& folder,
+                              const std::filesystem::path& into, const Settings& settings);
     static void removeFiles(const std::filesystem::path& folder);
 
     // A 16-bit mono 22050 Hz wave of the raw sound from `skipBytes` on.

@@ -72,7 +72,8 @@ ReadResult readWholeFile(const std::filesystem::path& file, std::string& text) {
     std::error_code ec;
     const auto status = std::filesystem::status(file, ec);
     if (status.type() == std::filesystem::file_type::not_found) return ReadResult::Missing;
-    if (ec || std::filesystem::is_directory(status)) return ReadResult::Failed;
+    // Only an ordinary file: opening a named pipe would wait for a writer.
+    if (ec || !std::filesystem::is_regular_file(status)) return ReadResult::Failed;
     std::ifstream in(file, std::ios::binary);
     if (!in) return ReadResult::Failed;
     text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

@@ -70,18 +70,42 @@ bool fileMatches(const Settings& values, const SettingEntry& entry, const std::s
     return false;
 }
 
+std::string withSlash(std::string folder) {
+    if (!folder.empty() && folder.back() != '/') folder += '/';
+    return folder;
+}
+
+// SavePath as the file should hold it: the text it was read from while it
+// still stands for the folder in use.
+std::string savedText(const SettingsStore& store, const SettingEntry& e) {
+    const std::string text = settingText(store.values, e);
+    if (e.key != "SavePath") return text;
+    const std::string asRead =
+        resolveSavePath(store.SavePathAsRead, store.DataFolder, store.RecordingsFolder);
+    return asRead == store.values.SavePath ? store.SavePathAsRead : text;
+}
+
 template <typename Entries>
 bool writeEntries(const SettingsStore& store, const Entries& entries) {
     // One read and one write of the file: the same bytes as writing the keys
     // one by one, without rewriting the file thirty-six times.
     std::optional<ProfileFile> profile = ProfileFile::loadForUpdate(store.SettingsFilePath);
     if (!profile) return false;
-    for (const SettingEntry* e : entries)
-        profile->write(e->section, e->key, settingText(store.values, *e));
+    for (const SettingEntry* e : entries) profile->write(e->section, e->key, savedText(store, *e));
     return profile->save(store.SettingsFilePath);
 }
 
 }  // namespace
+
+std::string resolveSavePath(const std::string& text, const std::string& dataFolder,
+                            const std::string& recordingsFolder) {
+    // A drive letter or a backslash: a Windows folder, nowhere on this system.
+    const bool foreign =
+        text.find('\\') != std::string::npos || (text.size() >= 2 && text[1] == ':');
+    if (text.empty() || foreign) return withSlash(recordingsFolder);
+    if (text.front() == '/' || dataFolder.empty()) return withSlash(text);
+    return withSlash(dataFolder) + withSlash(text);
+}
 
 void FileExists(SettingsStore& store, std::string_view path) {
     std::error_code ec;
@@ -97,6 +121,9 @@ void LoadSettings(SettingsStore& store) {
     const ProfileFile profile = ProfileFile::load(store.SettingsFilePath);
     for (const SettingEntry& e : settingsTable())
         applySettingText(store.values, e, profile.read(e.section, e.key, defaultText(e)));
+    store.SavePathAsRead = store.values.SavePath;
+    store.values.SavePath =
+        resolveSavePath(store.SavePathAsRead, store.DataFolder, store.RecordingsFolder);
 }
 
 bool SaveSettings(const SettingsStore& store) {

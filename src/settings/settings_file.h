@@ -27,7 +27,21 @@ struct SettingsStore {
     std::int32_t AutoSaveMode = kAutoSaveOff;
     bool SettingsFileFound = false;  // the answer of the last FileExists
     std::string DataFolder;          // the program's data folder, ending in "/"
+    // Where recordings go while SavePath names no folder of its own; ends in "/".
+    std::string RecordingsFolder;
+    // SavePath as the file holds it. Memory holds it resolved (resolveSavePath);
+    // saving writes this text back while the folder is unchanged, so an empty
+    // or relative path stays one in the file.
+    std::string SavePathAsRead;
 };
+
+// The folder a SavePath text stands for: an absolute path as it is; an empty
+// one, or one written for another system ("C:\..."), the recordings folder;
+// a relative one inside the data folder, never the current directory. The
+// answer ends in "/"; it is empty only when the recordings folder is unknown
+// and the text is empty.
+std::string resolveSavePath(const std::string& text, const std::string& dataFolder,
+                            const std::string& recordingsFolder);
 
 // Sets SettingsFileFound: true when the path names something that is there
 // (a file or a folder). An empty path is never found.
@@ -36,6 +50,7 @@ void FileExists(SettingsStore& store, std::string_view path);
 // A missing or vanished SettingsFilePath becomes the data folder's
 // lv_Analog.ini; then every key is read in table order. A key that is missing
 // takes its default; one whose text does not convert keeps its value.
+// SavePath is then resolved (resolveSavePath).
 void LoadSettings(SettingsStore& store);
 
 // Colors, Format, Settings and Graph, in the save order. The write is not

@@ -31,19 +31,25 @@ TEST(DataFolder, ChoosesCreatesOrExplains) {
     const struct {
         std::string file, dataDir, xdg, home;
         std::string expected;  // the folder, or after "!" a part of the error
+        std::string recordings;
     } cases[] = {
-        {"@/exe/lv_Analog.ini", "@/given/deep", "@/xdg", "@/home", "@/given/deep/"},
-        {"", "rel/dir", "@/xdg", "@/home", "@/rel/dir/"},  // from where the program started
-        {"", "@/a/../b/./", "", "@/home", "@/b/"},
-        {"@/exe/lv_Analog.ini", "", "@/xdg", "@/home", "@/exe/"},  // portable copies
-        {"@/exe/lv_Analog.cfg", "", "@/xdg", "@/home", "@/exe/"},
-        {"@/exe/dummy.mp3", "", "@/xdg", "@/home", "@/xdg/lv_Analog/"},
-        {"", "", "xdg", "@/home", "@/home/.config/lv_Analog/"},  // a relative XDG is ignored
-        {"", "", "", "@/home", "@/home/.config/lv_Analog/"},
-        {"@/taken", "@/taken", "", "@/home", "!\"@/taken\" exists but"},
-        {"@/taken", "@/taken/sub", "", "@/home", "!cannot create the data folder \"@/taken/sub\""},
-        {"@/home/.config/lv_Analog", "", "", "@/home", "!\"@/home/.config/lv_Analog\""},
-        {"", "", "", "", "!HOME"},
+        {"@/exe/lv_Analog.ini", "@/given/deep", "@/xdg", "@/home", "@/given/deep/",
+         "@/given/deep/recordings/"},
+        {"", "rel/dir", "@/xdg", "@/home", "@/rel/dir/",  // from where the program started
+         "@/rel/dir/recordings/"},
+        {"", "@/a/../b/./", "", "@/home", "@/b/", "@/b/recordings/"},
+        {"@/exe/lv_Analog.ini", "", "@/xdg", "@/home", "@/exe/",  // portable copies
+         "@/exe/recordings/"},
+        {"@/exe/lv_Analog.cfg", "", "@/xdg", "@/home", "@/exe/", "@/exe/recordings/"},
+        {"@/exe/dummy.mp3", "", "@/xdg", "@/home", "@/xdg/lv_Analog/", "@/docs/lv_Analog/"},
+        {"", "", "xdg", "@/home", "@/home/.config/lv_Analog/",  // a relative XDG is ignored
+         "@/docs/lv_Analog/"},
+        {"", "", "", "@/home", "@/home/.config/lv_Analog/", "@/docs/lv_Analog/"},
+        {"@/taken", "@/taken", "", "@/home", "!\"@/taken\" exists but", ""},
+        {"@/taken", "@/taken/sub", "", "@/home", "!cannot create the data folder \"@/taken/sub\"",
+         ""},
+        {"@/home/.config/lv_Analog", "", "", "@/home", "!\"@/home/.config/lv_Analog\"", ""},
+        {"", "", "", "", "!HOME", ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(&c - cases);
@@ -52,8 +58,8 @@ TEST(DataFolder, ChoosesCreatesOrExplains) {
         if (!c.file.empty()) t.make(c.file);
         const fs::path start = fs::current_path();
         fs::current_path(t.at("@"));
-        const DataFolderResult r =
-            chooseDataFolder({t.at(c.dataDir), t.at("@/exe"), t.at(c.xdg), t.at(c.home)});
+        const DataFolderResult r = chooseDataFolder(
+            {t.at(c.dataDir), t.at("@/exe"), t.at(c.xdg), t.at(c.home), t.at("@/docs")});
         fs::current_path(start);
         if (c.expected.starts_with("!")) {
             EXPECT_EQ(r.folder, "");
@@ -62,6 +68,9 @@ TEST(DataFolder, ChoosesCreatesOrExplains) {
             EXPECT_EQ(r.folder, t.at(c.expected));
             EXPECT_EQ(r.error, "");
             EXPECT_TRUE(fs::is_directory(r.folder));
+            // Made by the first recording, not by starting the program.
+            EXPECT_EQ(r.recordings, t.at(c.recordings));
+            EXPECT_FALSE(fs::exists(r.recordings));
         }
         // Only the chosen folder is made: a portable copy leaves no trace elsewhere.
         EXPECT_EQ(fs::exists(t.at("@/xdg/lv_Analog")), c.expected == "@/xdg/lv_Analog/");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
 #include <tuple>
 
 #include "app/reconnect_policy.h"
@@ -32,6 +33,27 @@ TEST(ProgramFiles, ConfigNamesTheSettingsFileAndAutosave) {
     EXPECT_EQ(store.AutoSaveMode, kAutoSavePrompt);
     EXPECT_EQ(store.values.DialType, 3);
     EXPECT_EQ(store.values.ScaleType, 0);
+}
+
+TEST(ProgramFiles, ACfgThatFailsToLoadIsKeptAsBakBeforeItIsRewrittenAndSaidOnce) {
+    test::TempDir dir("lv_files");
+    const std::string bad = "\"x.ini\",1\nnot a number\n1,2,3\n";
+    // Each bad file is kept under a name of its own; a good one says nothing.
+    const std::pair<const char*, bool> runs[] = {
+        {"lv_Analog.cfg.bak", true}, {nullptr, false}, {"lv_Analog.cfg.bak.2", true}};
+    for (const auto& [bak, broken] : runs) {
+        if (broken) std::ofstream(dir.file("lv_Analog.cfg")) << bad;
+        SettingsStore store;
+        SessionConfig session;
+        const std::string notice = loadProgramFiles(dir.path(), store, session);
+        EXPECT_EQ(notice.empty(), !broken);
+        if (!bak) continue;
+        EXPECT_NE(notice.find(dir.file(bak)), std::string::npos) << notice;
+        std::ifstream kept(dir.file(bak));
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), bad);
+        SessionConfig fresh;
+        EXPECT_TRUE(LoadSessionConfig(dir.path(), fresh)) << "written afresh";
+    }
 }
 
 TEST(ProgramFiles, SavedPortOnlyWhileTheListKeepsItsLength) {

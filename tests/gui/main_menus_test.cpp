@@ -41,6 +41,12 @@ struct Rig {
         h.reinitChart = log("reinitChart");
         h.relayout = log("relayout");
         h.quit = log("quit");
+        h.open = log("open");
+        h.save = log("save");
+        h.saveAs = log("saveAs");
+        h.exportRecording = log("export");
+        h.recentFiles = [] { return QStringList{"/r/b.lvd", "/r/a.lvd"}; };
+        h.openRecent = [this](const QString& path) { fired.push_back(path.toStdString()); };
         h.port = [this](int n) { fired.push_back("port " + std::to_string(n)); };
         h.sensor = [this](bool remote) { fired.push_back(remote ? "remote" : "local"); };
         h.pickColour = [this](Colour current, const QString& title) {
@@ -82,6 +88,11 @@ TEST(MainMenus, ItemsCarryTheirNamesAndCaptions) {
     Rig r;
     const std::tuple<const char*, int, const char*> items[] = {
         {"mnuFileQuit", -1, "&Quit"},
+        {"mnuFileOpen", -1, "&Open..."},
+        {"mnuFileRecent", -1, "Open &Recent"},
+        {"mnuFileSave", -1, "&Save"},
+        {"mnuFileSaveAs", -1, "Save &As..."},
+        {"mnuFileExport", -1, "&Export..."},
         {"mnuSettingsAlertsBmSens", -1, "Body Motion Detector"},
         {"mnuSettingsBodyMotionThreshold", 3, "Coarse"},
         {"mnuSettingsLagThreshold", 4, "4/50 sec"},
@@ -98,6 +109,8 @@ TEST(MainMenus, ItemsCarryTheirNamesAndCaptions) {
     EXPECT_EQ(r.menus->action("mnuSettingsLagThreshold", 6), nullptr);
     EXPECT_EQ(r.menus->action("mnuNothing"), nullptr);
     EXPECT_TRUE(r.menus->action("mnuFileQuit")->shortcuts().contains(QKeySequence("Ctrl+Q")));
+    EXPECT_EQ(r.menus->action("mnuFileOpen")->shortcut(), QKeySequence("Ctrl+O"));
+    EXPECT_EQ(r.menus->action("mnuFileSave")->shortcut(), QKeySequence("Ctrl+S"));
 
     Strings autosave;
     for (const QAction* a : r.menus->action("mnuSettingsAutoSave")->menu()->actions())
@@ -166,13 +179,22 @@ TEST(MainMenus, ClickStoresCheckMarksAndTellsTheWindow) {
     const std::pair<const char*, const char*> hooks[] = {
         {"mnuConnectionConnect", "connect"},     {"mnuSettingsMeter", "meterSetup"},
         {"mnuLoadSettings", "loadSettings"},     {"mnuSaveSettings", "saveSettings"},
-        {"mnuSaveSettingsAs", "saveSettingsAs"}, {"mnuFileQuit", "quit"}};
+        {"mnuSaveSettingsAs", "saveSettingsAs"}, {"mnuFileQuit", "quit"},
+        {"mnuFileOpen", "open"},                 {"mnuFileSave", "save"},
+        {"mnuFileSaveAs", "saveAs"},             {"mnuFileExport", "export"}};
     Rig r;
     Strings want;
     for (const auto& [name, hook] : hooks) {
         r.click(name);
         want.push_back(hook);
     }
+    // Open Recent lists what the window remembers when it opens.
+    QMenu* recent = r.menus->action("mnuFileRecent")->menu();
+    emit recent->aboutToShow();
+    ASSERT_EQ(recent->actions().size(), 2);
+    EXPECT_EQ(recent->actions()[0]->text(), "&1 b.lvd");
+    recent->actions()[1]->trigger();
+    want.push_back("/r/a.lvd");
     EXPECT_EQ(r.fired, want);
 }
 

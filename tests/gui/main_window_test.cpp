@@ -3,10 +3,14 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QRadioButton>
+#include <QScreen>
 #include <QTimer>
 #include <cstdio>
 
@@ -15,6 +19,7 @@
 
 #include "app/qt_main_window.h"
 #include "display/needle_drawing.h"
+#include "recording/qt_rec_dialog.h"
 #include "support/temp_dir.h"
 
 namespace lv {
@@ -57,6 +62,7 @@ protected:
 
 TEST_F(MainWindowTest, DemoModeShowsFaceNeedleAndChart) {
     EXPECT_EQ(w.windowTitle(), "lv_Analog");
+    EXPECT_FALSE(w.windowIcon().pixmap(32).isNull()) << "the icon, drawn from its SVG";
     EXPECT_EQ(w.statusText(), "Demo Mode");
     const QImage shot = w.grab().toImage();
     EXPECT_EQ(panelAt(shot, 0, 1180), cfg().Panel_Color) << "above the fan";
@@ -121,6 +127,62 @@ TEST_F(MainWindowTest, QuitClosesTheWindow) {
     SessionConfig written;
     EXPECT_TRUE(LoadSessionConfig(m_dir.path(), written)) << "the exit writes the session";
     EXPECT_EQ(written.WindowWidth, w.normalGeometry().width());
+}
+
+// A new user's settings hold no save folder: recordings go to the data
+// folder's recordings/, made when first needed, and the panel and the
+// Recording Settings dialog name the same mode.
+TEST_F(MainWindowTest, WithoutASaveFolderPanelAndDialogAgreeOnTheMode) {
+    EXPECT_EQ(cfg().SavePath, m_dir.path().string() + "/recordings/");
+    EXPECT_FALSE(std::filesystem::exists(cfg().SavePath));
+    EXPECT_EQ(w.recordPanel()->findChild<QLabel*>("lblRecMode")->text(), "Auto Name");
+    RecDialog dialog(w.store().values, w.prompter());
+    dialog.show();
+    QString checked;
+    for (QRadioButton* b : dialog.findChildren<QRadioButton*>("optMode"))
+        if (b->isChecked()) checked = b->text();
+    EXPECT_EQ(checked, "Auto name and manually save");
+
+    // Open starts in the folder last used, or else in the recordings folder;
+    // a LoadPath of another system or a folder gone since is no start.
+    const std::string data = m_dir.path().string() + "/";
+    const std::pair<std::string, std::string> starts[] = {
+        {"C:\\Program Files\\lumivane\\samples\\", cfg().SavePath},
+        {data + "gone/", cfg().SavePath},
+        {data, data}};
+    for (const auto& [loadPath, start] : starts) {
+        w.store().values.LoadPath = loadPath;
+        EXPECT_EQ(QDir(w.recording().loadStartFolder()), QDir(QString::fromStdString(start)))
+            << loadPath;
+    }
+    EXPECT_TRUE(std::filesystem::is_directory(cfg().SavePath)) << "made when first needed";
+}
+
+// Showing the chart, a taller chart or the recording panel grows the window
+// only as far as the screen allows; the dial gives up the rest.
+TEST_F(MainWindowTest, ItsOwnResizesKeepTheWindowOnTheScreen) {
+    const QRect area = w.screen()->availableGeometry();
+    const std::tuple<const char*, bool, int> cases[] = {
+        // GraphHeight_Index, recording panel shown, top of the window in the free area
+        {"3", true, 0}, {"5", true, 0}, {"5", false, 0}, {"2", true, 200}};
+    for (const auto& [fifths, record, top] : cases) {
+        Settings& s = w.store().values;
+        s.GraphVisible = false;
+        s.RecordVisible = false;
+        w.relayout();
+        w.move(area.left(), area.top() + top);
+        w.resize(area.width() / 2, area.height() - top - 40);
+        QApplication::processEvents();
+        const int dialBefore = w.panel()->height();
+        s.GraphVisible = true;
+        s.GraphHeight_Index = fifths;
+        s.RecordVisible = record;
+        w.relayout();
+        QApplication::processEvents();
+        EXPECT_TRUE(area.contains(w.frameGeometry())) << fifths << " " << top;
+        EXPECT_LT(w.panel()->height(), dialBefore) << "the dial gave up height";
+        EXPECT_NEAR(w.chart()->height(), w.panel()->height() * std::stoi(fifths) / 5, 2);
+    }
 }
 
 TEST_F(MainWindowTest, HidingTheChartKeepsTheDialAndShrinksTheWindow) {

@@ -166,38 +166,59 @@ TEST_F(RecDialogTest, CancelChangesNothingAndOkWritesEveryChoice) {
     }
 }
 
-// Reset cannot be undone by Cancel: the series it deleted takes its number 1
-// with it. Another prefix's series, typed but not yet kept, leaves the kept
-// number alone.
-TEST_F(RecDialogTest, ResetDeletesTheNumberedSeriesOfTheTypedPrefix) {
+// The desktop's trash, in a folder of the test's own.
+std::set<std::string> trashedNames(const fs::path& dataHome) {
+    std::set<std::string> names;
+    std::error_code ec;
+    for (fs::directory_iterator it(dataHome / "Trash" / "files", ec), end; !ec && it != end;
+         it.increment(ec))
+        names.insert(it->path().filename().string());
+    return names;
+}
+
+TEST_F(RecDialogTest, ResetTrashesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix) {
+    // Home and its data on the same file system as the recordings, so the
+    // files go to the home trash there.
+    test::TempDir home{"rec_dialog_home"};
+    const QByteArray oldHome = qgetenv("HOME"), oldData = qgetenv("XDG_DATA_HOME");
+    qputenv("HOME", QByteArray::fromStdString(home.path().string()));
+    qputenv("XDG_DATA_HOME", QByteArray::fromStdString(home.file("data")));
     const std::set<std::string> all{"S001.lvd", "S999.wav", "S0001.lvd",
                                     "S001.txt", "T001.lvd", "Prefix_001.lvd"};
-    const std::set<std::string> notS{"S0001.lvd", "S001.txt", "T001.lvd", "Prefix_001.lvd"};
-    const std::tuple<Answer, const char*, std::set<std::string>, std::int16_t, std::int16_t>
-        cases[] = {{Answer::No, "S", all, 7, 7},
-                   {Answer::Yes, "S", notS, 1, 7},
-                   {Answer::Yes,
-                    "Prefix_",
-                    {"S001.lvd", "S999.wav", "S0001.lvd", "S001.txt", "T001.lvd"},
-                    1,
-                    1}};
-    for (const auto& [answer, prefix, left, suffixNum, kept] : cases) {
-        SCOPED_TRACE(prefix);
+    const std::set<std::string> afterS{"S0001.lvd", "S001.txt", "T001.lvd", "Prefix_001.lvd"};
+    const Question warning{"Warning", "Warning..Reset may delete files!", Buttons::YesNo,
+                           Icon::Exclamation};
+    // The saved prefix, the answer to the warning; "T" is typed but never confirmed.
+    const std::tuple<std::string, Answer, std::set<std::string>, std::int16_t> cases[] = {
+        {"S", Answer::No, all, 7}, {"S", Answer::Yes, afterS, 1}, {"", Answer::Yes, all, 7}};
+    for (const auto& [saved, answer, left, suffixNum] : cases) {
         cfg.SuffixNum = 7;
         for (const std::string& name : all) std::ofstream(dir.file(name)) << 'x';
+        fs::create_directories(home.file("data"));
+        cfg.SavePrefix = saved;
         const auto d = open();
-        typePrefix(*d, prefix);
+        typePrefix(*d, "T");
         prompter.asked.clear();
         prompter.answers = {answer};
         click(*d, "cmdReset");
-        EXPECT_EQ(prompter.asked,
-                  std::vector<Question>({{"Warning", "Warning..Reset may delete files!",
-                                          Buttons::YesNo, Icon::Exclamation}}));
-        EXPECT_EQ(files(), left);
+        ASSERT_EQ(prompter.asked.size(), 1u);
+        if (saved.empty())
+            EXPECT_EQ(prompter.asked[0].title, "Reset") << "refused before any warning";
+        else
+            EXPECT_EQ(prompter.asked[0], warning);
+        EXPECT_EQ(files(), left) << saved;
+        const bool went = left != all;
+        const std::set<std::string> trashed =
+            went ? std::set<std::string>{"S001.lvd", "S999.wav"} : std::set<std::string>{};
+        EXPECT_EQ(trashedNames(home.file("data")), trashed);
+        EXPECT_EQ(d->trashedCount(), went ? 2 : 0);
         EXPECT_EQ(d->edited().SuffixNum, suffixNum);
         click(*d, "cmdCancel");
-        EXPECT_EQ(cfg.SuffixNum, kept);
+        EXPECT_EQ(cfg.SuffixNum, suffixNum) << "Cancel cannot bring the series back";
+        fs::remove_all(home.file("data"));
     }
+    qputenv("HOME", oldHome);
+    qputenv("XDG_DATA_HOME", oldData);
 }
 
 }  // namespace

@@ -9,10 +9,10 @@
 #include <QColor>
 #include <QImage>
 
-#include "lvdtool/lvd_report.h"
 #include "lvdtool/lvd_synth.h"
-#include "lvdtool/time_axis.h"
+#include "recording/time_axis.h"
 #include "recording/lvd_file.h"
+#include "recording/lvd_report.h"
 #include "support/temp_dir.h"
 
 namespace lv::tool {

@@ -75,6 +75,8 @@ struct PlayerTest : ::testing::Test {
 TEST_F(PlayerTest, EachFailedLoadSaysWhyAndLeavesNoTrack) {
     Records otherDial = steady(6);
     otherDial[3].StatusFlags = 0x40;
+    Records garbage = steady(6);
+    garbage[2].FrameType = 'x';
     const std::tuple<Records, const char*, bool, std::string, std::string, Icon> cases[] = {
         {{}, "rec.wav", true, "File Not Found", lvd, Icon::Exclamation},
         {steady(6), "", true, "File Not Found",
@@ -85,7 +87,10 @@ TEST_F(PlayerTest, EachFailedLoadSaysWhyAndLeavesNoTrack) {
          "The Dummy.mp3 file is missing. This should be located in the application directory.",
          Icon::None},
         {otherDial, "rec.wav", true, "Wrong Dial Type", "This file is incompatible.",
-         Icon::Exclamation}};
+         Icon::Exclamation},
+        // Not a recording, and no sound beside it: the file is what is wrong.
+        {garbage, "", true, "Incompatible file format",
+         "This file is corrupt or needs to be converted to version 2 format.", Icon::Exclamation}};
     for (const auto& [records, beside, audio, title, text, icon] : cases) {
         std::filesystem::remove_all(dir.path());
         std::filesystem::create_directory(dir.path());

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "recording/lvd_file.h"
 #include "recording/naming.h"
 #include "support/fake_audio_track.h"
 #include "support/fake_pump.h"
@@ -214,7 +215,11 @@ TEST(Recorder, StartNeedsTheAutomaticModesFolderAndLeaveToDropAnUnsavedRecording
         Answer answer;
         const char* asked;
         bool started;
+        const char* prefix = "Rec";
     } cases[] = {
+        // A prefix from the settings file that reaches out of the save folder.
+        {3, false, false, Answer::Ok, "Validate Filename critical", false, "../x"},
+        {1, false, false, Answer::Ok, "", true, "../x"},
         {1, false, true, Answer::No, "Warning Previous recording not saved, Continue?", false},
         {1, false, true, Answer::Yes, "Warning Previous recording not saved, Continue?", true},
         {1, false, false, Answer::No, "", true},
@@ -225,6 +230,7 @@ TEST(Recorder, StartNeedsTheAutomaticModesFolderAndLeaveToDropAnUnsavedRecording
     for (const auto& c : cases) {
         Rig r(c.mode, false);
         if (c.folderGone) r.cfg.SavePath = r.save() + "gone/";
+        r.cfg.SavePrefix = c.prefix;
         r.state.RecNotSaved = c.mode != 4;  // mode 3: nothing to keep it for
         r.cfg.RecPromptEnable = c.prompt;
         r.prompter.answers = {c.answer};
@@ -288,7 +294,7 @@ TEST(Recorder, SoundLostMidRecordingIsToldOnceAndTheFramesKeepTheTime) {
 TEST(Recorder, AFailedSaveIsShownAndKeepsTheRecordingThenSaveAsElsewhere) {
     Rig r(3);
     r.rec.setRecoveryFolder(r.dir.path());
-    fs::create_directory(r.dir.path() / "Rec007.lvd");  // the .lvd cannot be written
+    r.sound.fail["save"] = kAudioWriteFailed;
     r.prompter.answers = {Answer::Ok};
     r.record(5);
     ASSERT_EQ(r.prompter.asked.size(), 1u);
@@ -298,6 +304,7 @@ TEST(Recorder, AFailedSaveIsShownAndKeepsTheRecordingThenSaveAsElsewhere) {
     EXPECT_EQ(r.rec.saveCaption(), "Save As");
     ASSERT_TRUE(RecoveryJournal::find(r.dir.path()));
 
+    r.sound.fail.clear();
     EXPECT_TRUE(r.rec.cmdSave_Click(r.save() + "Elsewhere.LVD"));
     EXPECT_FALSE(r.state.RecNotSaved);
     EXPECT_EQ(r.panel.loadedCaption + "|" + r.panel.loadedTooltip,
@@ -312,7 +319,59 @@ TEST(Recorder, AFailedSaveIsShownAndKeepsTheRecordingThenSaveAsElsewhere) {
     EXPECT_EQ(std::string() + copy[18] + copy[38], std::string(2, '\0'));
 }
 
-TEST(Recorder, JournalSurvivesAnExitWithoutSavingAndComesBackAtTheNextStart) {
+TEST(Recorder, AutomaticNamesSkipFilesThatExistAndTheNumberIsKeptAtOnce) {
+    const std::string stamp = "Rec24-03-05__14.07.09";
+    const struct {
+        int suffixType;
+        Texts present;
+        std::string name;
+        std::vector<std::int16_t> kept;  // SuffixNum each time it reached the settings file
+    } cases[] = {
+        {kSuffixNumber, {}, "Rec007", {8}},
+        {kSuffixNumber, {"Rec007.lvd", "Rec008.wav"}, "Rec009", {9, 10}},
+        {kSuffixDateTime, {stamp + ".lvd"}, stamp + "_2", {}},
+    };
+    for (const auto& c : cases) {
+        Rig r(3, false);
+        r.cfg.SuffixType = c.suffixType;
+        for (const auto& name : c.present) std::ofstream(r.dir.path() / name) << "older";
+        std::vector<std::int16_t> kept;
+        r.rec.setNumberingSaver([&] { kept.push_back(r.cfg.SuffixNum); });
+        r.record(3);
+        EXPECT_EQ(r.state.SaveName, c.name);
+        EXPECT_EQ(r.panel.loadedCaption, c.name) << "the panel shows the name used";
+        EXPECT_EQ(readFile(r.dir.path() / (c.name + ".lvd")).size(), 60u);
+        for (const auto& name : c.present) EXPECT_EQ(readFile(r.dir.path() / name), "older");
+        EXPECT_EQ(kept, c.kept) << c.name;
+    }
+
+    // "Auto Name": a file that appears under the name before Save is passed over too.
+    Rig r(2, false);
+    std::vector<std::int16_t> kept;
+    r.rec.setNumberingSaver([&] { kept.push_back(r.cfg.SuffixNum); });
+    r.record(3);
+    std::ofstream(r.dir.path() / "Rec007.wav") << "older";
+    ASSERT_TRUE(r.rec.cmdSave_Click(std::nullopt));
+    EXPECT_EQ(r.panel.loadedCaption, "Rec008");
+    EXPECT_EQ(readFile(r.dir.path() / "Rec007.wav"), "older");
+    EXPECT_EQ(kept, (std::vector<std::int16_t>{8, 9}));
+}
+
+TEST(Recorder, StoppedInTheLeadInLeavesNoFileAndNoNumberUsed) {
+    Rig r(3);
+    r.rec.setRecoveryFolder(r.dir.path());
+    r.sound.onCommand = [&](const std::string& c) {
+        if (c == "record") r.rec.stopForExit();  // SIGTERM while the lead-in runs
+    };
+    EXPECT_TRUE(r.rec.cmdRecord_Click());
+    EXPECT_EQ(r.st.RunMode, kRunLive);
+    EXPECT_FALSE(r.rec.recording());
+    EXPECT_FALSE(r.state.RecNotSaved || r.state.RecHasData);
+    EXPECT_EQ(r.cfg.SuffixNum, 7);
+    EXPECT_TRUE(fs::is_empty(r.dir.path())) << "no empty .lvd, no journal";
+}
+
+TEST(Recorder, ANewRecordingKeepsAnInterruptedOneInRecoveredAndOpensItsOwnJournal) {
     Rig r;
     r.rec.setRecoveryFolder(r.dir.path());
     ASSERT_TRUE(r.rec.cmdRecord_Click());
@@ -328,21 +387,29 @@ TEST(Recorder, JournalSurvivesAnExitWithoutSavingAndComesBackAtTheNextStart) {
     found = RecoveryJournal::find(r.dir.path());
     ASSERT_TRUE(found && found->pcmFile);
     // All the sound, the lead-in's too, which came before the journal opened.
-    EXPECT_EQ(fs::file_size(*found->pcmFile), static_cast<std::uintmax_t>(r.delivered));
-    EXPECT_GT(r.delivered, 44100 + 60 * 882);
+    const std::int64_t sound = r.delivered;
+    EXPECT_EQ(fs::file_size(*found->pcmFile), static_cast<std::uintmax_t>(sound));
+    EXPECT_GT(sound, 44100 + 60 * 882);
 
-    Rig next(2);
+    // The next run records before anyone looked at the journal; Flush goes first.
+    Rig next(1, false);
     next.rec.setRecoveryFolder(r.dir.path());
-    ASSERT_TRUE(next.rec.recoverFromJournal());
-    EXPECT_EQ(next.times(), r.times());
-    EXPECT_EQ(next.sound.log, (Texts{"close", "open wave " + r.save() + "recovery.wav"}));
-    EXPECT_EQ(next.rec.saveCaption(), "Save");
-
     next.rec.Flush_RecBuffer();
-    EXPECT_EQ(next.panel.loadedCaption, "No File Loaded");
-    EXPECT_FALSE(next.state.RecNotSaved || next.state.RecHasData);
-    EXPECT_EQ(next.sound.log.back(), "close");
-    EXPECT_TRUE(fs::is_empty(r.dir.path()));
+    ASSERT_TRUE(RecoveryJournal::find(r.dir.path())) << "not ours to drop";
+    ASSERT_TRUE(next.rec.cmdRecord_Click());
+    next.frames(10);
+    next.rec.tick();
+    EXPECT_EQ(RecoveryJournal::find(r.dir.path())->recordCount, 10);
+    const fs::path kept = r.dir.path() / RecoveryJournal::kRecoveredFolder / "24-03-05__14.07.09";
+    RecBuffer buffer;
+    ASSERT_TRUE(loadLvdFile(kept.string() + ".lvd", std::nullopt, buffer).ok());
+    EXPECT_EQ(buffer.RecCount, 60);
+    EXPECT_EQ(fs::file_size(kept.string() + ".wav"),
+              static_cast<std::uintmax_t>(44 + ((sound - 44100) & ~std::int64_t{1})));
+
+    next.rec.cmdStop_Click();
+    next.rec.Flush_RecBuffer();
+    EXPECT_FALSE(RecoveryJournal::find(r.dir.path())) << "its own journal goes with it";
 }
 
 }  // namespace

@@ -18,6 +18,7 @@
 #include "common/vb_date.h"
 #include "recording/lvd_file.h"
 #include "recording/naming.h"
+#include "recording/recent_files.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -283,20 +284,43 @@ TEST_F(Folder, ResetDeletesExactlyPrefixAndThreeCharactersDotLvdOrWav) {
         s.SavePrefix = prefix;
         s.SuffixNum = 57;
         const lv::ResetOutcome outcome = lv::resetNumbering(s);
-        EXPECT_EQ(s.SuffixNum, 1);
+        EXPECT_EQ(s.SuffixNum, outcome.refused.empty() ? 1 : 57) << prefix;
         return outcome;
     };
     const std::string save = file("save").string() + "/";
     const lv::ResetOutcome outcome = reset("S", save);
     EXPECT_EQ(outcome.deleted.size(), gone.size());
     EXPECT_TRUE(outcome.notDeleted.empty());
-    for (const char* prefix : {"../x", "*", "?", "a/b", "../other/x", ".."})
+    for (const char* prefix : {"../x", "*", "?", "a/b", "../other/x", "..", ""})
         EXPECT_TRUE(reset(prefix, save).deleted.empty()) << prefix;
+    EXPECT_FALSE(reset("", save).refused.empty()) << "no prefix would be every 3-character name";
     const fs::path before = fs::current_path();  // no save folder: nothing, not the current one
     fs::current_path(temp.path());
     EXPECT_TRUE(reset("Prefix_", "").deleted.empty());
     fs::current_path(before);
     EXPECT_EQ(files(), std::set<std::string>(kept.begin(), kept.end()));
+}
+
+// Newest first, each once, ten at most, and the same list in the next run.
+TEST_F(Folder, RecentFilesKeepTheLastTenAcrossRuns) {
+    const fs::path list = file("lv_Analog.recent");
+    {
+        std::ofstream(list) << "/a.lvd\r\n\n/b.lvd\n/a.lvd\n";  // by hand, with a repeat
+    }
+    lv::RecentFiles recent(list);
+    recent.load();
+    EXPECT_EQ(recent.paths(), (std::vector<std::string>{"/a.lvd", "/b.lvd"}));
+    for (int i = 0; i < 12; ++i) ASSERT_TRUE(recent.add("/r" + std::to_string(i) + ".lvd"));
+    ASSERT_TRUE(recent.add("/r5.lvd"));
+    EXPECT_FALSE(recent.add("/two\nlines.lvd"));
+    const std::vector<std::string> expected{"/r5.lvd", "/r11.lvd", "/r10.lvd", "/r9.lvd",
+                                            "/r8.lvd", "/r7.lvd",  "/r6.lvd",  "/r4.lvd",
+                                            "/r3.lvd", "/r2.lvd"};
+    EXPECT_EQ(recent.paths(), expected);
+    lv::RecentFiles nextRun(list);
+    nextRun.load();
+    EXPECT_EQ(nextRun.paths(), expected);
+    EXPECT_FALSE(fs::exists(list.string() + ".new")) << "nothing left aside";
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <string>
 #include <tuple>
 
+#include "recording/lvd_file.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -33,28 +34,50 @@ void crash(const fs::path& folder, int records) {
     ASSERT_TRUE(journal.flush());
 }
 
-TEST(RecoveryJournal, ACrashLeavesTheRecordsAndTheSoundToRecover) {
+std::string readAll(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+TEST(RecoveryJournal, ACrashIsKeptAsAStampedPairNamedByItsStartNeverOverAnotherFile) {
     test::TempDir dir("lv_journal");
-    crash(dir.path(), 3);
+    const fs::path into = dir.path() / RecoveryJournal::kRecoveredFolder;
+    const Settings cfg;
+    const std::string names[] = {"24-03-05__14.07.09", "24-03-05__14.07.09_2"};
+    for (const std::string& name : names) {
+        crash(dir.path(), 5);
+        // A second journal with the same start lands beside the first.
+        const auto kept = RecoveryJournal::preserve(dir.path(), into, cfg);
+        ASSERT_EQ(kept.outcome, RecoveryJournal::Preserved::Outcome::Kept) << kept.error;
+        EXPECT_EQ(kept.lvdFile, into / (name + ".lvd"));
+        ASSERT_EQ(kept.wavFile, into / (name + ".wav"));
+        EXPECT_FALSE(RecoveryJournal::find(dir.path())) << "the journal goes once kept";
 
-    RecordingState state;
-    const auto got = RecoveryJournal::recover(dir.path(), state);
-    ASSERT_TRUE(got);
-    EXPECT_EQ(got->header, kHeader);
-    ASSERT_EQ(state.buffer.RecCount, 3);
-    EXPECT_EQ(state.buffer(3), frame(60));
-    EXPECT_EQ(std::tuple(state.buffer.StartTimeSecs, state.playEnd, state.SaveName),
-              std::tuple(50829, 3, "Rec007"));
-    EXPECT_TRUE(state.RecNotSaved && state.RecHasData);
+        // An ordinary recording: the loader takes it, with its start.
+        RecBuffer buffer;
+        ASSERT_TRUE(loadLvdFile(kept.lvdFile, 1, buffer).ok());
+        EXPECT_EQ(
+            std::tuple(buffer.RecCount, buffer.TotalTimeMs, buffer.StartTimeSecs, buffer.StartDays),
+            std::tuple(5, 100, 50829, 8831));
+        // The sound less its lead-in, as a 22050 Hz 16-bit mono PCM wave.
+        const char header[] =
+            "RIFF\x2c\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x22\x56\0\0\x44\xac\0\0\x02\0\x10\0"
+            "data\x08\0\0\0";
+        EXPECT_EQ(readAll(*kept.wavFile), std::string(header, 44) + "pcm-data");
+    }
+    EXPECT_EQ(RecoveryJournal::preserve(dir.path(), into, cfg).outcome,
+              RecoveryJournal::Preserved::Outcome::Nothing);
 
-    // The sound less its lead-in, as a 22050 Hz 16-bit mono PCM wave.
-    ASSERT_TRUE(got->waveFile);
-    const char header[] =
-        "RIFF\x2c\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x22\x56\0\0\x44\xac\0\0\x02\0\x10\0"
-        "data\x08\0\0\0";
-    std::ifstream wave(*got->waveFile, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(wave), {}),
-              std::string(header, 44) + "pcm-data");
+    // A place that cannot take it: the journal stays, and no new one replaces it.
+    crash(dir.path(), 2);
+    std::ofstream(dir.path() / "blocked") << 'x';
+    const auto failed = RecoveryJournal::preserve(dir.path(), dir.path() / "blocked" / "r", cfg);
+    EXPECT_EQ(failed.outcome, RecoveryJournal::Preserved::Outcome::Failed);
+    EXPECT_FALSE(failed.error.empty());
+    RecoveryJournal next;
+    EXPECT_FALSE(next.open(dir.path(), kHeader));
+    ASSERT_TRUE(RecoveryJournal::find(dir.path()));
+    EXPECT_EQ(RecoveryJournal::find(dir.path())->recordCount, 2);
 }
 
 TEST(RecoveryJournal, ATornOrUnwrittenTailIsDroppedAndATornHeaderIsNothing) {
@@ -67,9 +90,9 @@ TEST(RecoveryJournal, ATornOrUnwrittenTailIsDroppedAndATornHeaderIsNothing) {
         const fs::path records = dir.path() / RecoveryJournal::kRecordsFile;
         std::ofstream(records, std::ios::binary | std::ios::app) << tail;
         if (size) fs::resize_file(records, *size);
-        RecordingState state;
-        EXPECT_EQ(RecoveryJournal::recover(dir.path(), state).has_value(), !size);
-        EXPECT_EQ(state.buffer.RecCount, size ? 0 : 3) << tail.size();
+        const auto found = RecoveryJournal::find(dir.path());
+        EXPECT_EQ(found.has_value(), !size);
+        EXPECT_EQ(found ? found->recordCount : 0, size ? 0 : 3) << tail.size();
     }
 }
 
@@ -86,13 +109,17 @@ TEST(RecoveryJournal, NothingWithoutRecordsNoSoundOnceGivenUpAndDiscardRemovesAl
     later.SaveName = std::string(600, 'n');    // longer than the header holds
     ASSERT_TRUE(journal.updateHeader(later));  // in place, records kept
     journal.appendRecord(frame(40));
+    // Held open: a recording in progress, here or in another instance.
+    EXPECT_EQ(RecoveryJournal::preserve(dir.path(), dir.path() / "r", Settings{}).outcome,
+              RecoveryJournal::Preserved::Outcome::Nothing);
+    RecoveryJournal other;
+    EXPECT_FALSE(other.open(dir.path(), kHeader));
     journal.close();
-    RecordingState state;
-    const auto got = RecoveryJournal::recover(dir.path(), state);
+    const auto got = RecoveryJournal::find(dir.path());
     ASSERT_TRUE(got);
-    EXPECT_EQ(state.buffer(2), frame(40));
+    EXPECT_EQ(got->recordCount, 2);
     EXPECT_EQ(got->header.SaveName, std::string(482, 'n'));
-    EXPECT_FALSE(got->pcmFile || got->waveFile);
+    EXPECT_FALSE(got->pcmFile);
     journal.discard();
     EXPECT_TRUE(fs::is_empty(dir.path()));
 }

@@ -124,6 +124,34 @@ TEST_F(Folder, AFirstRunGivesTheDefaultsAndSavesThemInOrder) {
         "GraphGain=0 ");
 }
 
+// "@" is the data folder. The folder in use never depends on where the
+// program was started, and a save writes the text back as it was read until
+// the folder is changed.
+TEST_F(Folder, SavePathResolvesAgainstTheDataFolderAndIsWrittenBackAsRead) {
+    store.RecordingsFolder = "/docs/lv_Analog/";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "/docs/lv_Analog/"},
+        {"C:\\Program Files\\lumivane\\", "/docs/lv_Analog/"},
+        {"D:rec", "/docs/lv_Analog/"},
+        {"rec", "@rec/"},
+        {"sub/rec/", "@sub/rec/"},
+        {"/abs/rec", "/abs/rec/"},
+        {"/abs/rec/", "/abs/rec/"},
+    };
+    for (const auto& [text, resolved] : cases) {
+        writeAll(ini(), "[Recording]\r\nSavePath=" + text + "\r\n");
+        LoadSettings(store);
+        std::string expected = resolved;
+        if (expected.starts_with("@")) expected.replace(0, 1, store.DataFolder);
+        EXPECT_EQ(store.values.SavePath, expected) << text;
+        ASSERT_TRUE(SaveRecordingSettings(store));
+        EXPECT_NE(readAll(ini()).find("SavePath=" + text + "\r\n"), std::string::npos) << text;
+        store.values.SavePath = "/chosen/";
+        ASSERT_TRUE(SaveRecordingSettings(store));
+        EXPECT_NE(readAll(ini()).find("SavePath=/chosen/\r\n"), std::string::npos) << text;
+    }
+}
+
 TEST_F(Folder, TheFileInUseIsKeptOnlyWhileItExists) {
     writeAll(file("mine.ini"), "[Format]\r\nDialType=3\r\n");
     for (const auto& [remembered, used, dialType] :

@@ -12,10 +12,10 @@
 #include <vector>
 
 #include "common/vb_date.h"
-#include "lvdtool/lvd_report.h"
 #include "lvdtool/lvd_synth.h"
-#include "lvdtool/qt_plot.h"
 #include "recording/lvd_file.h"
+#include "recording/lvd_report.h"
+#include "recording/qt_recording_plot.h"
 #include "recording/start_stamp.h"
 
 namespace {

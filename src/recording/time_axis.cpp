@@ -1,4 +1,4 @@
-#include "lvdtool/time_axis.h"
+#include "recording/time_axis.h"
 
 #include <algorithm>
 #include <array>

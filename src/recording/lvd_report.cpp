@@ -1,4 +1,4 @@
-#include "lvdtool/lvd_report.h"
+#include "recording/lvd_report.h"
 
 #include <cctype>
 #include <cstdio>

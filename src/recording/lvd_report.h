@@ -5,8 +5,8 @@
 
 #include "recording/record_buffer.h"
 
-// What lvdtool says about a recording: a summary and its records as CSV or
-// JSON lines. Reads through the program's own loader, so a file lvdtool
+// What lvdtool and the window's Export say about a recording: a summary and
+// its records as CSV or JSON lines. Reads through the program's own loader, so a file lvdtool
 // accepts is one the program plays.
 namespace lv::tool {
 

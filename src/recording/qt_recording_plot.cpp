@@ -1,4 +1,4 @@
-#include "lvdtool/qt_plot.h"
+#include "recording/qt_recording_plot.h"
 
 #include <QImage>
 #include <QPainter>
@@ -6,7 +6,7 @@
 #include <cmath>
 #include <vector>
 
-#include "lvdtool/time_axis.h"
+#include "recording/time_axis.h"
 
 namespace lv::tool {
 
