@@ -11,11 +11,11 @@
 #include "device/needle_test.h"
 #include "device/serial_port.h"
 #include "recording/player.h"
-#include "recording/qt_audio_track.h"
+#include "audio/qt_audio_track.h"
 #include "recording/qt_record_panel.h"
 #include "recording/recorder.h"
 #include "recording/recording_state.h"
-#include "recording/silent_track.h"
+#include "audio/silent_track.h"
 #include "settings/settings_file.h"
 #include "signal/meter_state.h"
 

@@ -11,8 +11,8 @@
 #include <string>
 
 #include "common/qt_pump.h"
-#include "recording/qt_audio_track.h"
-#include "recording/wave_file.h"
+#include "audio/qt_audio_track.h"
+#include "audio/wave_file.h"
 #include "support/temp_dir.h"
 
 namespace lv {

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-#include "recording/audio_track.h"
+#include "audio/audio_track.h"
 
 namespace lv {
 

@@ -1,4 +1,4 @@
-#include "recording/wave_file.h"
+#include "audio/wave_file.h"
 
 #include <sndfile.h>
 
@@ -9,7 +9,7 @@
 #include <system_error>
 #include <vector>
 
-#include "recording/audio_track.h"
+#include "audio/audio_track.h"
 
 namespace lv {
 namespace {

@@ -1,11 +1,11 @@
-#include "recording/qt_audio_track.h"
+#include "audio/qt_audio_track.h"
 
 #include <QAudioDevice>
 #include <QAudioFormat>
 #include <QMediaDevices>
 #include <algorithm>
 
-#include "recording/wave_file.h"
+#include "audio/wave_file.h"
 
 namespace lv {
 namespace {
