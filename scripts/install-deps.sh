@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages a task needs, skipping what is there.
-#   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, test and benchmark
-#                                   libraries, and the sound server the audio tests run on
+#   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, libmpg123, test and
+#                                   benchmark libraries, the sound server the audio tests run
+#                                   on, and sox and lame, which make the tests' sound files
 #   scripts/install-deps.sh ci      the above, plus clang's libFuzzer runtime
 set -euo pipefail
 
 build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
-            qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev
-            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio)
+            qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev libmpg123-dev
+            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio sox lame)
 ci_pkgs=(clang libclang-rt-14-dev)
 
 want=("${build_pkgs[@]}")
