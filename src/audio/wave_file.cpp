@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <system_error>
 #include <vector>
 
 #include "audio/audio_track.h"
+#include "audio/sound_decoder.h"
 
 namespace lv {
 namespace {
@@ -21,65 +23,10 @@ using SndfilePtr = std::unique_ptr<SNDFILE, SndfileCloser>;
 
 constexpr sf_count_t kChunkFrames = 8192;
 
-int encodingBits(int format) {
-    switch (format & SF_FORMAT_SUBMASK) {
-        case SF_FORMAT_PCM_S8:
-        case SF_FORMAT_PCM_U8:
-        case SF_FORMAT_ULAW:
-        case SF_FORMAT_ALAW:
-            return 8;
-        case SF_FORMAT_PCM_24:
-            return 24;
-        case SF_FORMAT_PCM_32:
-        case SF_FORMAT_FLOAT:
-            return 32;
-        case SF_FORMAT_DOUBLE:
-            return 64;
-        case SF_FORMAT_IMA_ADPCM:
-        case SF_FORMAT_MS_ADPCM:
-            return 4;
-        default:
-            return 16;
-    }
-}
+// Fills the buffer with up to n frames; the count, 0 at the end, -1 on failure.
+using FrameReader = std::function<std::int64_t(short* out, std::int64_t n)>;
 
-bool isRiffWave(int format) {
-    const int major = format & SF_FORMAT_TYPEMASK;
-    return major == SF_FORMAT_WAV || major == SF_FORMAT_WAVEX || major == SF_FORMAT_RF64;
-}
-
-}  // namespace
-
-int decodeSoundFile(const std::string& path, DecodedSound& out) {
-    out = DecodedSound{};
-    std::error_code ec;
-    if (!std::filesystem::is_regular_file(path, ec)) return kAudioFileNotFound;
-
-    SF_INFO info{};
-    SndfilePtr file(sf_open(path.c_str(), SFM_READ, &info));
-    if (!file || info.channels <= 0 || info.samplerate <= 0) return kAudioBadFile;
-
-    // The frame count in the header is only a hint (an MP3 has none): read
-    // until the decoder has nothing more.
-    std::vector<short> chunk(static_cast<std::size_t>(kChunkFrames * info.channels));
-    for (;;) {
-        const sf_count_t got = sf_readf_short(file.get(), chunk.data(), kChunkFrames);
-        if (got <= 0) break;
-        out.pcm.append(reinterpret_cast<const char*>(chunk.data()),
-                       static_cast<std::size_t>(got * info.channels) * sizeof(short));
-    }
-    if (sf_error(file.get()) != SF_ERR_NO_ERROR) {
-        out = DecodedSound{};
-        return kAudioBadFile;
-    }
-    out.sampleRate = info.samplerate;
-    out.channels = info.channels;
-    out.bitsPerSample = encodingBits(info.format);
-    out.isWave = isRiffWave(info.format);
-    return kAudioOk;
-}
-
-int writeWave16(const std::string& path, int sampleRate, int channels, std::string_view pcm) {
+int writeWaveFrom(const std::string& path, int sampleRate, int channels, const FrameReader& next) {
     if (sampleRate <= 0 || channels <= 0) return kAudioWriteFailed;
     SF_INFO info{};
     info.samplerate = sampleRate;
@@ -96,16 +43,14 @@ int writeWave16(const std::string& path, int sampleRate, int channels, std::stri
         std::filesystem::remove(path, ignored);
         return kAudioWriteFailed;
     };
-    const std::size_t frameBytes = sizeof(short) * static_cast<std::size_t>(channels);
-    const std::size_t total = pcm.size() / frameBytes;
     std::vector<short> chunk(static_cast<std::size_t>(kChunkFrames) * channels);
-    for (std::size_t done = 0; done < total;) {
-        const std::size_t n = std::min<std::size_t>(total - done, kChunkFrames);
-        std::memcpy(chunk.data(), pcm.data() + done * frameBytes, n * frameBytes);
+    for (;;) {
+        const std::int64_t n = next(chunk.data(), kChunkFrames);
+        if (n < 0) return fail();
+        if (n == 0) break;
         if (sf_writef_short(file.get(), chunk.data(), static_cast<sf_count_t>(n)) !=
             static_cast<sf_count_t>(n))
             return fail();
-        done += n;
     }
     // Closing writes the header's sizes; a full disk shows up here.
     if (sf_close(file.release()) != 0) {
@@ -114,6 +59,52 @@ int writeWave16(const std::string& path, int sampleRate, int channels, std::stri
         return kAudioWriteFailed;
     }
     return kAudioOk;
+}
+
+}  // namespace
+
+int decodeSoundFile(const std::string& path, DecodedSound& out) {
+    out = DecodedSound{};
+    std::unique_ptr<SoundDecoder> decoder;
+    if (const int code = openSoundDecoder(path, AudioKind::Compressed, decoder); code != kAudioOk)
+        return code;
+    const SoundInfo& info = decoder->info();
+    // The frame count in a header is only a hint: read until the decoder has
+    // nothing more.
+    std::vector<std::int16_t> chunk(static_cast<std::size_t>(kChunkFrames * info.channels));
+    for (;;) {
+        const std::int64_t got = decoder->read(chunk.data(), kChunkFrames);
+        if (got < 0) {
+            out = DecodedSound{};
+            return kAudioBadFile;
+        }
+        if (got == 0) break;
+        out.pcm.append(reinterpret_cast<const char*>(chunk.data()),
+                       static_cast<std::size_t>(got * info.channels) * sizeof(std::int16_t));
+    }
+    out.sampleRate = info.sampleRate;
+    out.channels = info.channels;
+    out.bitsPerSample = info.bitsPerSample;
+    out.isWave = info.isWave;
+    return kAudioOk;
+}
+
+int writeWave16(const std::string& path, int sampleRate, int channels, std::string_view pcm) {
+    const std::size_t frameBytes = sizeof(short) * static_cast<std::size_t>(std::max(channels, 1));
+    const std::size_t total = pcm.size() / frameBytes;
+    std::size_t done = 0;
+    return writeWaveFrom(path, sampleRate, channels, [&](short* out, std::int64_t n) {
+        const std::size_t take = std::min<std::size_t>(total - done, static_cast<std::size_t>(n));
+        std::memcpy(out, pcm.data() + done * frameBytes, take * frameBytes);
+        done += take;
+        return static_cast<std::int64_t>(take);
+    });
+}
+
+int writeWave16(const std::string& path, SoundDecoder& from) {
+    const SoundInfo& info = from.info();
+    return writeWaveFrom(path, info.sampleRate, info.channels,
+                         [&](short* out, std::int64_t n) { return from.read(out, n); });
 }
 
 }  // namespace lv
