@@ -244,7 +244,9 @@ std::int64_t QtAudioTrack::fedEnd() const { return m_sinkStartFrame + m_fedBytes
 
 std::int64_t QtAudioTrack::playedFrame() const {
     if (!m_sink) return m_frame;
-    const std::int64_t played = m_sink->processedUSecs() * m_rate / 1'000'000;
+    // The sink counts whole microseconds of the frames it took: rounding
+    // gives back the exact frame, so that the end is reached.
+    const std::int64_t played = (m_sink->processedUSecs() * m_rate + 500'000) / 1'000'000;
     return std::min(fedEnd(), m_sinkStartFrame + played);
 }
 
