@@ -15,6 +15,7 @@
 #include "lvdtool/lvd_report.h"
 #include "lvdtool/lvd_synth.h"
 #include "lvdtool/qt_plot.h"
+#include "lvdtool/sound_report.h"
 #include "recording/lvd_file.h"
 #include "recording/start_stamp.h"
 
@@ -36,7 +37,9 @@ constexpr const char* kInfoHelp =
     "Usage: lvdtool info FILE\n"
     "Prints records, total_ms, start_time (HH:MM:SS or none), date (YYYY-MM-DD),\n"
     "dial_type and the verdict. Exits 1 with the program's message for a file it\n"
-    "would not play.\n";
+    "would not play.\n"
+    "Then the sound beside it, as the player reads it: sound (file, kind, rate,\n"
+    "channels, or none), sound_ms and sound_minus_records_ms.\n";
 constexpr const char* kCsvHelp =
     "Usage: lvdtool csv FILE [--json] [-o OUT]\n"
     "One header line and one line per record:\n"
@@ -128,6 +131,7 @@ int cmdInfo(int argc, char** argv) {
         return 1;
     }
     lv::tool::writeInfo(rec, std::cout);
+    lv::tool::writeSoundInfo(args.positional[0], rec.buffer.TotalTimeMs, std::cout);
     return 0;
 }
 
