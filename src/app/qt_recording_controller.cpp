@@ -35,6 +35,8 @@ RecordingController::RecordingController(RecordPanel& panel, Wiring wiring, QObj
     m_recorder = std::make_unique<Recorder>(m_rs, m_tracks, m_w.st, cfg, m_w.display, m_panel,
                                             m_w.pump, m_w.prompter, [] { return localNow(); });
     m_recorder->setRecoveryFolder(m_w.store.DataFolder);
+    // The sound waits for its Save beside the journal, on the same disk.
+    m_sound.setCaptureFolder(m_w.store.DataFolder);
     auto send = [this](const std::string& line) {
         if (m_w.st.PortNumber != 0 && m_w.sendToMeter) m_w.sendToMeter(line);
     };
