@@ -16,10 +16,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "audio/qt_audio_track.h"
+#include "audio/sound_decoder.h"
 #include "recording/lvd_file.h"
 #include "recording/record_buffer.h"
 
@@ -148,6 +150,14 @@ int play(const std::string& path, const std::string& lvd, int seconds, double ju
                 seconds, drift, jumpMs / 1000, jumpDrift, worstSkip);
     std::printf("length_ms %.0f\n", lengthMs);
     track.close();
+    // How long the exact length takes to work out, off the event loop's thread.
+    std::unique_ptr<lv::SoundDecoder> decoder;
+    clock.restart();
+    if (lv::openSoundDecoder(path, wave ? lv::AudioKind::Wave : lv::AudioKind::Compressed, decoder) ==
+        lv::kAudioOk) {
+        decoder->waitForFrames();
+        std::printf("exact_length_known_after_ms %.0f\n", clock.nsecsElapsed() / 1e6);
+    }
     return 0;
 }
 

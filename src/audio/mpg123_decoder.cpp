@@ -18,8 +18,14 @@ namespace {
 // further read fail, so that a scan still running when the decoder goes
 // away ends at once.
 struct Source {
-    int fd = -1;
-    const std::atomic<bool>* cancelled = nullptr;
+    Source(int f, const std::atomic<bool>* c) : fd(f), cancelled(c) {}
+    ~Source() {
+        if (fd >= 0) ::close(fd);
+    }
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+    int fd;
+    const std::atomic<bool>* cancelled;
 };
 
 mpg123_ssize_t readSource(void* handle, void* buffer, size_t bytes) {
@@ -32,12 +38,6 @@ off_t seekSource(void* handle, off_t offset, int whence) {
     return ::lseek(static_cast<Source*>(handle)->fd, offset, whence);
 }
 
-void closeSource(void* handle) {
-    auto* source = static_cast<Source*>(handle);
-    if (source->fd >= 0) ::close(source->fd);
-    delete source;
-}
-
 struct HandleDeleter {
     void operator()(mpg123_handle* h) const {
         mpg123_close(h);
@@ -46,32 +46,35 @@ struct HandleDeleter {
 };
 using HandlePtr = std::unique_ptr<mpg123_handle, HandleDeleter>;
 
+// A handle and the file it reads, which must outlive it.
+struct Stream {
+    std::unique_ptr<Source> source;
+    HandlePtr handle;
+    explicit operator bool() const { return handle != nullptr; }
+};
+
 // A handle on path that gives 16-bit samples at the file's own rate and
 // channels, gapless (encoder delay and padding cut where the file says so).
-HandlePtr openHandle(const std::string& path, const std::atomic<bool>* cancelled, long& rate,
-                     int& channels) {
+Stream openStream(const std::string& path, const std::atomic<bool>* cancelled, long& rate,
+                  int& channels) {
     static const bool ready = mpg123_init() == MPG123_OK;
-    if (!ready) return nullptr;
-    HandlePtr h(mpg123_new(nullptr, nullptr));
-    if (!h) return nullptr;
-    mpg123_param(h.get(), MPG123_ADD_FLAGS, MPG123_QUIET | MPG123_GAPLESS, 0.0);
-    mpg123_param(h.get(), MPG123_REMOVE_FLAGS, MPG123_FUZZY, 0.0);
-    if (mpg123_replace_reader_handle(h.get(), readSource, seekSource, closeSource) != MPG123_OK)
-        return nullptr;
+    if (!ready) return {};
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return nullptr;
-    auto* source = new Source{fd, cancelled};
-    if (mpg123_open_handle(h.get(), source) != MPG123_OK) {
-        closeSource(source);
-        return nullptr;
-    }
+    if (fd < 0) return {};
+    Stream s{std::make_unique<Source>(fd, cancelled), HandlePtr(mpg123_new(nullptr, nullptr))};
+    mpg123_handle* h = s.handle.get();
+    if (!h) return {};
+    mpg123_param(h, MPG123_ADD_FLAGS, MPG123_QUIET | MPG123_GAPLESS, 0.0);
+    mpg123_param(h, MPG123_REMOVE_FLAGS, MPG123_FUZZY, 0.0);
     int encoding = 0;
-    if (mpg123_getformat(h.get(), &rate, &channels, &encoding) != MPG123_OK || rate <= 0 ||
+    if (mpg123_replace_reader_handle(h, readSource, seekSource, nullptr) != MPG123_OK ||
+        mpg123_open_handle(h, s.source.get()) != MPG123_OK ||
+        mpg123_getformat(h, &rate, &channels, &encoding) != MPG123_OK || rate <= 0 ||
         channels <= 0)
-        return nullptr;
-    mpg123_format_none(h.get());
-    if (mpg123_format(h.get(), rate, channels, MPG123_ENC_SIGNED_16) != MPG123_OK) return nullptr;
-    return h;
+        return {};
+    mpg123_format_none(h);
+    if (mpg123_format(h, rate, channels, MPG123_ENC_SIGNED_16) != MPG123_OK) return {};
+    return s;
 }
 
 // What the scan thread finds: the exact length, and the frame index that
@@ -92,13 +95,14 @@ void runScan(const std::string& path, const std::shared_ptr<Scan>& scan) {
     std::int64_t frames = -1;
     std::vector<off_t> index;
     off_t step = 0;
-    if (HandlePtr h = openHandle(path, &scan->cancelled, rate, channels)) {
-        if (mpg123_scan(h.get()) == MPG123_OK) {
-            const off_t length = mpg123_length(h.get());
+    if (Stream s = openStream(path, &scan->cancelled, rate, channels)) {
+        mpg123_handle* h = s.handle.get();
+        if (mpg123_scan(h) == MPG123_OK) {
+            const off_t length = mpg123_length(h);
             if (length >= 0) frames = length;
             off_t* offsets = nullptr;
             size_t fill = 0;
-            if (mpg123_index(h.get(), &offsets, &step, &fill) == MPG123_OK && offsets)
+            if (mpg123_index(h, &offsets, &step, &fill) == MPG123_OK && offsets)
                 index.assign(offsets, offsets + fill);
         }
     }
@@ -112,8 +116,8 @@ void runScan(const std::string& path, const std::shared_ptr<Scan>& scan) {
 
 class Mpg123Decoder : public SoundDecoder {
 public:
-    Mpg123Decoder(HandlePtr handle, const std::string& path, long rate, int channels)
-        : m_handle(std::move(handle)), m_scan(std::make_shared<Scan>()) {
+    Mpg123Decoder(Stream stream, const std::string& path, long rate, int channels)
+        : m_stream(std::move(stream)), m_scan(std::make_shared<Scan>()) {
         m_info.sampleRate = static_cast<int>(rate);
         m_info.channels = channels;
         m_info.bitsPerSample = 16;
@@ -138,7 +142,7 @@ public:
         if (m_atEnd) return 0;
         while (have < want) {
             size_t got = 0;
-            const int rc = mpg123_read(m_handle.get(), bytes + have, want - have, &got);
+            const int rc = mpg123_read(m_stream.handle.get(), bytes + have, want - have, &got);
             have += got;
             if (rc == MPG123_DONE) break;
             if (rc == MPG123_NEW_FORMAT || rc == MPG123_OK) {
@@ -155,7 +159,7 @@ public:
         adoptIndex();
         const std::int64_t total = frames();
         if (total >= 0 && frame > total) frame = total;
-        const off_t at = mpg123_seek(m_handle.get(), static_cast<off_t>(frame), SEEK_SET);
+        const off_t at = mpg123_seek(m_stream.handle.get(), static_cast<off_t>(frame), SEEK_SET);
         // A point past the end (while the length is still unknown) fails the
         // seek: the decoder then stands at its end, as asked.
         m_atEnd = at < 0;
@@ -182,12 +186,12 @@ private:
         if (!m_scan->finished) return;
         m_indexAdopted = true;
         if (m_scan->index.empty()) return;
-        mpg123_set_index(m_handle.get(), m_scan->index.data(), m_scan->indexStep,
+        mpg123_set_index(m_stream.handle.get(), m_scan->index.data(), m_scan->indexStep,
                          m_scan->index.size());
         std::vector<off_t>().swap(m_scan->index);
     }
 
-    HandlePtr m_handle;
+    Stream m_stream;
     SoundInfo m_info;
     std::shared_ptr<Scan> m_scan;
     std::thread m_thread;
@@ -200,9 +204,9 @@ private:
 int openMpg123Decoder(const std::string& path, std::unique_ptr<SoundDecoder>& out) {
     long rate = 0;
     int channels = 0;
-    HandlePtr h = openHandle(path, nullptr, rate, channels);
-    if (!h) return kAudioBadFile;
-    out = std::make_unique<Mpg123Decoder>(std::move(h), path, rate, channels);
+    Stream s = openStream(path, nullptr, rate, channels);
+    if (!s) return kAudioBadFile;
+    out = std::make_unique<Mpg123Decoder>(std::move(s), path, rate, channels);
     return kAudioOk;
 }
 
