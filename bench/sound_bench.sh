@@ -41,7 +41,8 @@ info() {  # the sound lines of lvdtool info
 say "# making a $long s recording with its sound (takes a few minutes)"
 "$bin/lvdtool" synth "$work/long.lvd" --seconds "$long" >/dev/null
 sox -R -n -r 22050 -c 1 -b 16 "$work/long.wav" synth "$long" pinknoise vol 0.3
-sox -R -n -r 44100 -c 2 -b 16 -t wav - synth "$long" pinknoise vol 0.3 |
+# (sox cannot fix up the header of a wave it pipes; lame reads on to the end)
+sox -R -n -r 44100 -c 2 -b 16 -t wav - synth "$long" pinknoise vol 0.3 2>/dev/null |
     lame --quiet -b 128 - "$work/long.mp3"
 jump=$(( long > 7200 ? 3600000 : long * 500 ))
 
@@ -82,7 +83,7 @@ for row in "${kinds[@]}"; do
         sound=$work/short.mp3
     fi
     probe "$name" play "$sound" --seconds 10 --jump-ms 10000 |
-        grep -E 'drift|first_sound|length_ms'
+        grep -E 'drift|first_sound|length_ms|cpu'
     info "$work/short.lvd" "$name" | grep -E 'sound_ms|minus'
 done
 

@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QTimer>
+#include <sys/resource.h>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -26,6 +27,13 @@
 #include "recording/record_buffer.h"
 
 namespace {
+
+// CPU time of the whole process so far, in seconds.
+double cpuSeconds() {
+    rusage u{};
+    getrusage(RUSAGE_SELF, &u);
+    return u.ru_utime.tv_sec + u.ru_stime.tv_sec + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+}
 
 double rssMb(const char* key = "VmRSS:") {
     std::ifstream status("/proc/self/status");
@@ -127,7 +135,9 @@ int play(const std::string& path, const std::string& lvd, int seconds, double ju
     track.play();
     while (positionMs(track, u) <= 0 && clock.elapsed() < 5000) spin(1);
     const double firstSoundMs = clock.nsecsElapsed() / 1e6;
+    const double cpuBefore = cpuSeconds();
     spin(seconds * 1000);
+    const double cpuPercent = (cpuSeconds() - cpuBefore) * 100 / seconds;
     const double drift = positionMs(track, u) - clock.nsecsElapsed() / 1e6 + firstSoundMs;
     const qint64 frozen = watch.longestMs();
     const double rss = rssMb();
@@ -145,7 +155,8 @@ int play(const std::string& path, const std::string& lvd, int seconds, double ju
     }
     std::printf("open_ms %.1f\nfirst_sound_ms %.1f\nlongest_event_wait_ms %lld\n", openMs,
                 firstSoundMs, static_cast<long long>(frozen));
-    std::printf("rss_playing_mb %.1f\npeak_rss_mb %.1f\n", rss, rssMb("VmHWM:"));
+    std::printf("rss_playing_mb %.1f\npeak_rss_mb %.1f\ncpu_playing_percent %.2f\n", rss,
+                rssMb("VmHWM:"), cpuPercent);
     std::printf("drift_after_%ds_ms %.1f\ndrift_after_jump_to_%.0fs_ms %.1f\nworst_drift_after_skips_ms %.1f\n",
                 seconds, drift, jumpMs / 1000, jumpDrift, worstSkip);
     std::printf("length_ms %.0f\n", lengthMs);
