@@ -5,8 +5,9 @@
 # a 3-hour recording with its .wav and with a 128 kbit/s .mp3, and 20-second
 # files of every kind the program meets (WAV 8/16/24-bit and float, MP3 CBR,
 # VBR with and without a Xing/Info header). Each is played through the
-# program's own sound track on a private null sink (scripts/pulse-null-sink.sh);
-# then a recording runs for 5 minutes. Prints one "name value" a line.
+# program's own sound track on a private null sink (scripts/pulse-null-sink.sh),
+# the long ones also by the whole program (lv_Analog --play, offscreen, against
+# lv3sim); then a recording runs for 5 minutes. Prints one "name value" a line.
 # SOUND_BENCH_SECONDS (length of the long files, default 10800) and
 # SOUND_BENCH_RECORD_SECONDS (default 300) shorten a trial run.
 set -euo pipefail
@@ -15,7 +16,7 @@ here=$(cd "$(dirname "$0")/.." && pwd)
 bin=$(cd "${1:-$here/build/bin}" && pwd)
 long=${SOUND_BENCH_SECONDS:-10800}
 rec=${SOUND_BENCH_RECORD_SECONDS:-300}
-for tool in sox lame "$bin/lvdtool" "$bin/sound_probe"; do
+for tool in sox lame "$bin/lvdtool" "$bin/sound_probe" "$bin/lv_Analog" "$bin/lv3sim"; do
     command -v "$tool" >/dev/null || { echo "$0: $tool is missing (make build; scripts/install-deps.sh)" >&2; exit 1; }
 done
 
@@ -33,6 +34,21 @@ say() { printf '%s\n' "$*"; }
 probe() {  # name, then sound_probe's arguments; its lines get the name in front
     local name=$1; shift
     "$bin/sound_probe" "$@" | sed "s/^/$name./"
+}
+program() {  # name, .lvd: the whole program plays it under lv3sim; its RSS after 15 s
+    local name=$1 lvd=$2 sim app
+    mkdir -p "$work/data"
+    "$bin/lv3sim" --link "$work/meter" >"$work/sim.txt" 2>&1 &
+    sim=$!
+    for _ in $(seq 50); do grep -q READY "$work/sim.txt" && break; sleep 0.1; done
+    QT_QPA_PLATFORM=offscreen "$bin/lv_Analog" --data-dir "$work/data" --port "$work/meter" \
+        --play "$lvd" --exit-after 20 >/dev/null 2>&1 &
+    app=$!
+    sleep 15
+    say "$name.program_rss_playing_mb $(awk '/VmRSS/ {printf "%.1f", $2 / 1024}' /proc/$app/status)"
+    wait "$app" || true
+    kill "$sim" 2>/dev/null || true
+    wait "$sim" 2>/dev/null || true
 }
 info() {  # the sound lines of lvdtool info
     "$bin/lvdtool" info "$1" | grep '^sound' | sed "s/^/$2./"
@@ -53,6 +69,8 @@ ln -s long.mp3 "$work/long_mp3.mp3"
 probe long_mp3 play "$work/long_mp3.mp3" --lvd "$work/long.lvd" --seconds 10 --jump-ms $jump
 info "$work/long.lvd" long_wav
 info "$work/long_mp3.lvd" long_mp3
+program long_wav "$work/long.lvd"
+program long_mp3 "$work/long_mp3.lvd"
 
 say "# every kind of file, 20 s each"
 "$bin/lvdtool" synth "$work/short.lvd" --seconds 20 >/dev/null
