@@ -181,6 +181,9 @@ void QtAudioTrack::takeInput() {
 int QtAudioTrack::startSink(std::int64_t frame) {
     const std::int64_t frames = knownFrames();
     m_frame = std::clamp<std::int64_t>(frame, 0, frames >= 0 ? frames : frame);
+    // What was recorded is read afresh: it may have grown or been cut.
+    if (m_content == Content::NewWave) m_decoder = recordedSound();
+    if (!m_decoder) return kAudioNotOpen;
     const QAudioDevice device = QMediaDevices::defaultAudioOutput();
     if (device.isNull()) return kAudioNoDevice;
     m_sink = std::make_unique<QAudioSink>(device, pcm16(m_rate, m_channels));
@@ -190,8 +193,6 @@ int QtAudioTrack::startSink(std::int64_t frame) {
         releaseSink();
         return kAudioNoDevice;
     }
-    if (m_content == Content::NewWave) m_decoder = recordedSound();
-    if (!m_decoder) return kAudioNotOpen;
     m_decoderDone = !m_decoder->seek(m_frame);
     m_sinkStartFrame = m_frame;
     m_fedBytes = 0;
