@@ -6,11 +6,11 @@
 //
 //   sound_probe play FILE [--lvd LVD] [--seconds N] [--jump-ms MS]
 //   sound_probe record --seconds N
+#include <sys/resource.h>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QTimer>
-#include <sys/resource.h>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -118,7 +118,7 @@ int play(const std::string& path, const std::string& lvd, int seconds, double ju
     lv::RecBuffer buffer;
     if (!lvd.empty()) {
         const auto loaded = lv::loadLvdFile(lvd, std::nullopt, buffer,
-                                           [](int) { QCoreApplication::processEvents(); });
+                                            [](int) { QCoreApplication::processEvents(); });
         if (!loaded.ok()) std::fprintf(stderr, "sound_probe: %s is not a recording\n", lvd.c_str());
     }
     lv::QtAudioTrack track;
@@ -146,26 +146,31 @@ int play(const std::string& path, const std::string& lvd, int seconds, double ju
     track.length(length);
     const double lengthMs = length / u.perMs;
     // Skips of 10 to 50 s either way around the jump, kept inside the sound.
-    const auto inside = [&](double ms) { return std::clamp(ms, 0.0, std::max(0.0, lengthMs - 3000)); };
+    const auto inside = [&](double ms) {
+        return std::clamp(ms, 0.0, std::max(0.0, lengthMs - 3000));
+    };
     const double jumpDrift = driftAfter(track, u, inside(jumpMs), 2000);
     double worstSkip = 0;
     for (int i = 1; i <= 5; ++i) {
-        const double d = driftAfter(track, u, inside(jumpMs + (i % 2 ? 1 : -1) * i * 10'000.0), 1000);
+        const double d =
+            driftAfter(track, u, inside(jumpMs + (i % 2 ? 1 : -1) * i * 10'000.0), 1000);
         if (std::abs(d) > std::abs(worstSkip)) worstSkip = d;
     }
     std::printf("open_ms %.1f\nfirst_sound_ms %.1f\nlongest_event_wait_ms %lld\n", openMs,
                 firstSoundMs, static_cast<long long>(frozen));
     std::printf("rss_playing_mb %.1f\npeak_rss_mb %.1f\ncpu_playing_percent %.2f\n", rss,
                 rssMb("VmHWM:"), cpuPercent);
-    std::printf("drift_after_%ds_ms %.1f\ndrift_after_jump_to_%.0fs_ms %.1f\nworst_drift_after_skips_ms %.1f\n",
-                seconds, drift, jumpMs / 1000, jumpDrift, worstSkip);
+    std::printf(
+        "drift_after_%ds_ms %.1f\ndrift_after_jump_to_%.0fs_ms %.1f\nworst_drift_after_skips_ms "
+        "%.1f\n",
+        seconds, drift, jumpMs / 1000, jumpDrift, worstSkip);
     std::printf("length_ms %.0f\n", lengthMs);
     track.close();
     // How long the exact length takes to work out, off the event loop's thread.
     std::unique_ptr<lv::SoundDecoder> decoder;
     clock.restart();
-    if (lv::openSoundDecoder(path, wave ? lv::AudioKind::Wave : lv::AudioKind::Compressed, decoder) ==
-        lv::kAudioOk) {
+    if (lv::openSoundDecoder(path, wave ? lv::AudioKind::Wave : lv::AudioKind::Compressed,
+                             decoder) == lv::kAudioOk) {
         decoder->waitForFrames();
         std::printf("exact_length_known_after_ms %.0f\n", clock.nsecsElapsed() / 1e6);
     }
@@ -195,7 +200,8 @@ int record(int seconds) {
     const std::string out = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") +
                             "/sound_probe_take.wav";
     const int rc = track.save(out);
-    std::printf("save_ms %.0f (%s)\n", clock.nsecsElapsed() / 1e6, rc == lv::kAudioOk ? "ok" : "failed");
+    std::printf("save_ms %.0f (%s)\n", clock.nsecsElapsed() / 1e6,
+                rc == lv::kAudioOk ? "ok" : "failed");
     std::remove(out.c_str());
     return rc == lv::kAudioOk ? 0 : 1;
 }
@@ -209,16 +215,24 @@ int main(int argc, char** argv) {
     double jumpMs = 3'600'000;
     for (int i = 2; i < argc; ++i) {
         const std::string a = argv[i];
-        if (a == "--lvd" && i + 1 < argc) lvd = argv[++i];
-        else if (a == "--seconds" && i + 1 < argc) seconds = std::atoi(argv[++i]);
-        else if (a == "--jump-ms" && i + 1 < argc) jumpMs = std::atof(argv[++i]);
-        else file = a;
+        if (a == "--lvd" && i + 1 < argc)
+            lvd = argv[++i];
+        else if (a == "--seconds" && i + 1 < argc)
+            seconds = std::atoi(argv[++i]);
+        else if (a == "--jump-ms" && i + 1 < argc)
+            jumpMs = std::atof(argv[++i]);
+        else
+            file = a;
     }
     int rc = 2;
-    if (cmd == "play" && !file.empty()) rc = play(file, lvd, seconds, jumpMs);
-    else if (cmd == "record" && seconds > 0) rc = record(seconds);
-    else std::fprintf(stderr, "usage: sound_probe play FILE [--lvd LVD] [--seconds N] [--jump-ms MS]\n"
-                              "       sound_probe record --seconds N\n");
+    if (cmd == "play" && !file.empty())
+        rc = play(file, lvd, seconds, jumpMs);
+    else if (cmd == "record" && seconds > 0)
+        rc = record(seconds);
+    else
+        std::fprintf(stderr,
+                     "usage: sound_probe play FILE [--lvd LVD] [--seconds N] [--jump-ms MS]\n"
+                     "       sound_probe record --seconds N\n");
     // Qt's sound client may abort after main returns once a stream was used.
     std::fflush(stdout);
     std::_Exit(rc);

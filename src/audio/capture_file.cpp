@@ -87,8 +87,8 @@ public:
         const std::int64_t frameBytes = 2 * m_info.channels;
         const std::int64_t n = std::min(frames, this->frames() - m_frame);
         if (n <= 0) return 0;
-        const std::int64_t got =
-            m_file->readAt(m_from + m_frame * frameBytes, reinterpret_cast<char*>(out), n * frameBytes);
+        const std::int64_t got = m_file->readAt(m_from + m_frame * frameBytes,
+                                                reinterpret_cast<char*>(out), n * frameBytes);
         if (got < 0) return -1;
         m_frame += got / frameBytes;
         return got / frameBytes;

@@ -69,8 +69,7 @@ Stream openStream(const std::string& path, const std::atomic<bool>* cancelled, l
     int encoding = 0;
     if (mpg123_replace_reader_handle(h, readSource, seekSource, nullptr) != MPG123_OK ||
         mpg123_open_handle(h, s.source.get()) != MPG123_OK ||
-        mpg123_getformat(h, &rate, &channels, &encoding) != MPG123_OK || rate <= 0 ||
-        channels <= 0)
+        mpg123_getformat(h, &rate, &channels, &encoding) != MPG123_OK || rate <= 0 || channels <= 0)
         return {};
     mpg123_format_none(h);
     if (mpg123_format(h, rate, channels, MPG123_ENC_SIGNED_16) != MPG123_OK) return {};
@@ -135,7 +134,8 @@ public:
     const SoundInfo& info() const override { return m_info; }
 
     std::int64_t read(std::int16_t* out, std::int64_t frames) override {
-        const std::size_t frameBytes = sizeof(std::int16_t) * static_cast<std::size_t>(m_info.channels);
+        const std::size_t frameBytes =
+            sizeof(std::int16_t) * static_cast<std::size_t>(m_info.channels);
         auto* bytes = reinterpret_cast<unsigned char*>(out);
         const std::size_t want = static_cast<std::size_t>(frames) * frameBytes;
         std::size_t have = 0;

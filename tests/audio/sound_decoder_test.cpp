@@ -43,13 +43,14 @@ TEST(SoundDecoder, ReadsWholeFilesAndSeeksToTheSample) {
         std::int64_t slackMs;
     };
     const Case cases[] = {
-        {"8-bit.wav", "-r 11025 -c 1 -b 8 -e unsigned", nullptr, AudioKind::Wave, 11025, 1, 8, 3, 0},
+        {"8-bit.wav", "-r 11025 -c 1 -b 8 -e unsigned", nullptr, AudioKind::Wave, 11025, 1, 8, 3,
+         0},
         {"24-bit.wav", "-r 48000 -c 2 -b 24", nullptr, AudioKind::Wave, 48000, 2, 24, 3, 0},
         {"float.wav", "-r 44100 -c 1 -b 32 -e floating-point", nullptr, AudioKind::Wave, 44100, 1,
          32, 3, 0},
         {"cbr.mp3", "-r 44100 -c 2 -b 16", "-b 128", AudioKind::Compressed, 44100, 2, 16, 6, 70},
-        {"vbr-no-header.mp3", "-r 44100 -c 1 -b 16", "-V 4 -t", AudioKind::Compressed, 44100, 1,
-         16, 20, 70},
+        {"vbr-no-header.mp3", "-r 44100 -c 1 -b 16", "-V 4 -t", AudioKind::Compressed, 44100, 1, 16,
+         20, 70},
     };
     test::TempDir dir("sound_decoder");
     for (const Case& c : cases) {
@@ -106,7 +107,8 @@ TEST(SoundDecoder, SavingACaptureWritesWhatMemoryWould) {
         std::string folder;
         std::int64_t cut;
         std::size_t piece;  // bytes per arrival, like the device's 20 ms
-    } cases[] = {{dir.path().string(), 44100, 882}, {dir.path().string(), 0, 1001},
+    } cases[] = {{dir.path().string(), 44100, 882},
+                 {dir.path().string(), 0, 1001},
                  {dir.file("absent"), 44100, 882}};
     for (const auto& c : cases) {
         auto capture = std::make_shared<CaptureFile>();

@@ -19,14 +19,14 @@ void writeSoundInfo(const std::filesystem::path& lvd, std::int64_t recordsMs, st
         if (!std::filesystem::is_regular_file(sound, ec)) continue;
         std::unique_ptr<SoundDecoder> decoder;
         if (const int code = openSoundDecoder(sound.string(), kind, decoder); code != kAudioOk) {
-            out << "sound: " << sound.filename().string() << ", unreadable: "
-                << audioErrorText(code) << '\n';
+            out << "sound: " << sound.filename().string()
+                << ", unreadable: " << audioErrorText(code) << '\n';
             return;
         }
         const SoundInfo& info = decoder->info();
         const std::int64_t soundMs = framesToMs(decoder->waitForFrames(), info.sampleRate);
-        out << "sound: " << sound.filename().string() << ", " << info.kind << ' '
-            << info.sampleRate << " Hz " << info.channels << " ch\n";
+        out << "sound: " << sound.filename().string() << ", " << info.kind << ' ' << info.sampleRate
+            << " Hz " << info.channels << " ch\n";
         out << "sound_ms: " << soundMs << '\n';
         out << "sound_minus_records_ms: " << soundMs - recordsMs << '\n';
         return;
