@@ -131,14 +131,17 @@ TEST_F(LvdToolTest, InfoReportsTheSoundBesideTheRecords) {
     test::makeNoise(path("source.wav"), "-r 44100 -c 1 -b 16", 12.5);
     test::encodeMp3(path("source.wav"), "-V 4 -t", path("r.mp3"));
     test::makeNoise(path("r.wav"), "-r 48000 -c 2 -b 24", 11.25);
+    // Then no wave, then a wave that is none: the MP3 is played either way.
     const struct {
-        const char* remove;
+        const char* wave;
         const char* sound;
         std::int64_t fromMs, toMs;
     } cases[] = {{nullptr, "sound: r.wav, wav 48000 Hz 2 ch\n", 11250, 11250},
-                 {"r.wav", "sound: r.mp3, mp3 44100 Hz 1 ch\n", 12500, 12570}};
+                 {"", "sound: r.mp3, mp3 44100 Hz 1 ch\n", 12500, 12570},
+                 {"RIFF, but no wave", "sound: r.mp3, mp3 44100 Hz 1 ch\n", 12500, 12570}};
     for (const auto& c : cases) {
-        if (c.remove) fs::remove(path(c.remove));
+        if (c.wave) fs::remove(path("r.wav"));
+        if (c.wave && *c.wave) std::ofstream(path("r.wav")) << c.wave;
         ASSERT_EQ(run("info " + path("r.lvd")), 0) << out;
         const auto at = out.find("sound: ");
         ASSERT_NE(at, std::string::npos) << out;

@@ -1,6 +1,7 @@
 #include "lvdtool/sound_report.h"
 
 #include <memory>
+#include <string>
 #include <system_error>
 
 #include "audio/sound_decoder.h"
@@ -8,10 +9,12 @@
 namespace lv::tool {
 
 void writeSoundInfo(const std::filesystem::path& lvd, std::int64_t recordsMs, std::ostream& out) {
-    // The player's choice: the wave first, the MP3 only without one.
+    // The player's choice: the wave first, the MP3 when there is no wave or
+    // the wave cannot be read.
     std::filesystem::path base = lvd;
     base.replace_extension();
     std::error_code ec;
+    std::string unreadable;
     for (const auto& [extension, kind] :
          {std::pair{".wav", AudioKind::Wave}, std::pair{".mp3", AudioKind::Compressed}}) {
         std::filesystem::path sound = base;
@@ -19,9 +22,9 @@ void writeSoundInfo(const std::filesystem::path& lvd, std::int64_t recordsMs, st
         if (!std::filesystem::is_regular_file(sound, ec)) continue;
         std::unique_ptr<SoundDecoder> decoder;
         if (const int code = openSoundDecoder(sound.string(), kind, decoder); code != kAudioOk) {
-            out << "sound: " << sound.filename().string()
-                << ", unreadable: " << audioErrorText(code) << '\n';
-            return;
+            if (unreadable.empty())
+                unreadable = sound.filename().string() + ", unreadable: " + audioErrorText(code);
+            continue;
         }
         const SoundInfo& info = decoder->info();
         const std::int64_t soundMs = framesToMs(decoder->waitForFrames(), info.sampleRate);
@@ -31,7 +34,7 @@ void writeSoundInfo(const std::filesystem::path& lvd, std::int64_t recordsMs, st
         out << "sound_minus_records_ms: " << soundMs - recordsMs << '\n';
         return;
     }
-    out << "sound: none\n";
+    out << "sound: " << (unreadable.empty() ? "none" : unreadable) << '\n';
 }
 
 }  // namespace lv::tool
