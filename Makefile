@@ -5,7 +5,7 @@
 
 JOBS ?= $(shell nproc)
 
-.PHONY: run test deps build package asan-test fuzz-smoke bench clean
+.PHONY: run test deps build package asan-test fuzz-smoke bench bench-sound clean
 
 deps:
 	scripts/install-deps.sh build
@@ -40,6 +40,10 @@ fuzz-smoke:
 
 bench: build
 	cmake --build --preset default --target bench
+
+# Long (about 15 minutes): hours of sound made on the spot, played and recorded.
+bench-sound: build
+	cmake --build --preset default --target bench-sound
 
 clean:
 	rm -rf build build-asan build-fuzz

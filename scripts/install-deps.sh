@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages a task needs, skipping what is there.
-#   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, test and benchmark
-#                                   libraries, the sound server the audio tests run on, and
+#   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, libmpg123, test and
+#                                   benchmark libraries, the sound server the audio tests run
+#                                   on, sox and lame, which make the tests' sound files, and
 #                                   the PDF text reader the guide's test reads pages with
 #   scripts/install-deps.sh ci      the above, plus clang's libFuzzer runtime
 #   scripts/install-deps.sh package the build set, plus what makes and checks the
@@ -10,8 +11,8 @@
 set -euo pipefail
 
 build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
-            qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev
-            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio poppler-utils)
+            qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev libmpg123-dev
+            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio sox lame poppler-utils)
 # The man pages are made from the programs' --help at build time.
 build_pkgs+=(help2man)
 # Draws the window's icon, which is an SVG.

@@ -48,6 +48,8 @@ RecordingController::RecordingController(RecordPanel& panel, Wiring wiring, QObj
                                             m_w.pump, m_w.prompter, [] { return localNow(); });
     m_recorder->setRecoveryFolder(m_w.store.DataFolder);
     m_recorder->setNumberingSaver([this] { SaveRecordingSettings(m_w.store); });
+    // The sound waits for its Save beside the journal, on the same disk.
+    m_sound.setCaptureFolder(m_w.store.DataFolder);
     auto send = [this](const std::string& line) {
         if (m_w.st.PortNumber != 0 && m_w.sendToMeter) m_w.sendToMeter(line);
     };

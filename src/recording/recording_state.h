@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <string>
 
-#include "recording/audio_track.h"
+#include "audio/audio_track.h"
 #include "recording/record_buffer.h"
 
 namespace lv {

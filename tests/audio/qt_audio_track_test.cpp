@@ -11,8 +11,9 @@
 #include <string>
 
 #include "common/qt_pump.h"
-#include "recording/qt_audio_track.h"
-#include "recording/wave_file.h"
+#include "audio/qt_audio_track.h"
+#include "audio/wave_file.h"
+#include "support/sound_files.h"
 #include "support/temp_dir.h"
 
 namespace lv {
@@ -241,6 +242,28 @@ TEST(WithServer, PlaybackPositionFollowsTheClock) {
     ASSERT_EQ(track.seek(perSec), kAudioOk);  // seeking ends playing
     spin(100);
     EXPECT_EQ(positionOf(track), perSec);
+}
+
+// A VBR MP3 without a Xing/Info header plays to its very end, counted in
+// milliseconds, and a jump lands where it was asked.
+TEST(WithServer, HeaderlessVbrMp3PlaysWhole) {
+    test::TempDir dir("with_server");
+    const std::string mp3 = dir.file("vbr.mp3");
+    test::makeNoise(dir.file("source.wav"), "-r 22050 -c 1 -b 16", 20);
+    test::encodeMp3(dir.file("source.wav"), "-V 4 -t", mp3);
+    QtAudioTrack track;
+    ASSERT_EQ(track.openFile(mp3, AudioKind::Compressed), kAudioOk);
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_EQ(track.playFrom(18'500), kAudioOk);
+    spin(300);
+    EXPECT_NEAR(positionOf(track), 18'500 + timer.elapsed(), 60);
+    const std::int64_t length = lengthOf(track);
+    EXPECT_GE(length, 20'000);
+    EXPECT_LE(length, 20'070);
+    ASSERT_TRUE(spinUntil([&] { return modeOf(track) == AudioMode::Stopped; }, 3000));
+    EXPECT_EQ(positionOf(track), length);
+    EXPECT_NEAR(timer.elapsed(), length - 18'500, 300);
 }
 
 // ---- A server that goes away mid-stream ----------------------------------

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "recording/silent_track.h"
+#include "audio/silent_track.h"
 #include "support/temp_dir.h"
 
 namespace lv {

@@ -9,8 +9,8 @@
 #include <tuple>
 #include <vector>
 
-#include "recording/audio_track.h"
-#include "recording/wave_file.h"
+#include "audio/audio_track.h"
+#include "audio/wave_file.h"
 #include "support/temp_dir.h"
 
 namespace lv {

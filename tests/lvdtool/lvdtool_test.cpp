@@ -13,6 +13,7 @@
 #include "recording/time_axis.h"
 #include "recording/lvd_file.h"
 #include "recording/lvd_report.h"
+#include "support/sound_files.h"
 #include "support/temp_dir.h"
 
 namespace lv::tool {
@@ -114,7 +115,7 @@ TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
     EXPECT_EQ(run("info " + path("r.lvd")), 0);
     EXPECT_EQ(out,
               "records: 600\ntotal_ms: 12000\nstart_time: 03:04:05\ndate: 2025-01-02\n"
-              "dial_type: 2\nverdict: valid\n");
+              "dial_type: 2\nverdict: valid\nsound: none\n");
     EXPECT_EQ(run("csv " + path("r.lvd") + " -o " + path("r.csv")), 0);
     std::ifstream csv(path("r.csv"));
     EXPECT_EQ(std::count(std::istreambuf_iterator<char>(csv), {}, '\n'), 601);
@@ -169,6 +170,43 @@ TEST_F(LvdToolTest, CommandLineRoundTripAndBadInput) {
         EXPECT_NE(out.find(c.says), std::string::npos) << c.args << "\n" << out;
     }
     EXPECT_FALSE(fs::exists(path("c.png")));
+}
+
+// The sound beside a recording, as the player takes it (the wave before the
+// MP3), with its exact length: an MP3 adds only its encoder's delay and
+// padding, also when it is VBR without a Xing/Info header.
+TEST_F(LvdToolTest, InfoReportsTheSoundBesideTheRecords) {
+    ASSERT_EQ(run("synth " + path("r.lvd") + " --seconds 12"), 0) << out;
+    test::makeNoise(path("source.wav"), "-r 44100 -c 1 -b 16", 12.5);
+    test::encodeMp3(path("source.wav"), "-V 4 -t", path("r.mp3"));
+    test::makeNoise(path("r.wav"), "-r 48000 -c 2 -b 24", 11.25);
+    // Then no wave, then a wave that is none: the MP3 is played either way.
+    const struct {
+        const char* wave;
+        const char* sound;
+        std::int64_t fromMs, toMs;
+    } cases[] = {{nullptr, "sound: r.wav, wav 48000 Hz 2 ch\n", 11250, 11250},
+                 {"", "sound: r.mp3, mp3 44100 Hz 1 ch\n", 12500, 12570},
+                 {"RIFF, but no wave", "sound: r.mp3, mp3 44100 Hz 1 ch\n", 12500, 12570}};
+    for (const auto& c : cases) {
+        if (c.wave) fs::remove(path("r.wav"));
+        if (c.wave && *c.wave) std::ofstream(path("r.wav")) << c.wave;
+        ASSERT_EQ(run("info " + path("r.lvd")), 0) << out;
+        const auto at = out.find("sound: ");
+        ASSERT_NE(at, std::string::npos) << out;
+        std::istringstream lines(out.substr(at));
+        std::string sound, key;
+        std::int64_t ms = 0, difference = 0;
+        std::getline(lines, sound);
+        lines >> key >> ms;
+        EXPECT_EQ(key, "sound_ms:");
+        lines >> key >> difference;
+        EXPECT_EQ(key, "sound_minus_records_ms:");
+        EXPECT_EQ(sound + "\n", c.sound);
+        EXPECT_GE(ms, c.fromMs);
+        EXPECT_LE(ms, c.toMs);
+        EXPECT_EQ(difference, ms - 12000);
+    }
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "recording/audio_track.h"
+#include "audio/audio_track.h"
 
 namespace lv::test {
 

@@ -13,6 +13,7 @@
 
 #include "common/vb_date.h"
 #include "lvdtool/lvd_synth.h"
+#include "lvdtool/sound_report.h"
 #include "recording/lvd_file.h"
 #include "recording/lvd_report.h"
 #include "recording/qt_recording_plot.h"
@@ -37,7 +38,9 @@ constexpr const char* kInfoHelp =
     "Usage: lvdtool info FILE\n"
     "Prints records, total_ms, start_time (HH:MM:SS or none), date (YYYY-MM-DD),\n"
     "dial_type and the verdict. Exits 1 with the program's message for a file it\n"
-    "would not play.\n";
+    "would not play.\n"
+    "Then the sound beside it, as the player reads it: sound (file, kind, rate,\n"
+    "channels, or none), sound_ms and sound_minus_records_ms.\n";
 constexpr const char* kCsvHelp =
     "Usage: lvdtool csv FILE [--json] [-o OUT]\n"
     "One header line and one line per record:\n"
@@ -130,6 +133,7 @@ int cmdInfo(int argc, char** argv) {
         return 1;
     }
     lv::tool::writeInfo(rec, std::cout);
+    lv::tool::writeSoundInfo(args.positional[0], rec.buffer.TotalTimeMs, std::cout);
     return 0;
 }
 

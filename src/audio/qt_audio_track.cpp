@@ -1,11 +1,12 @@
-#include "recording/qt_audio_track.h"
+#include "audio/qt_audio_track.h"
 
 #include <QAudioDevice>
 #include <QAudioFormat>
+#include <QDir>
 #include <QMediaDevices>
 #include <algorithm>
 
-#include "recording/wave_file.h"
+#include "audio/wave_file.h"
 
 namespace lv {
 namespace {
@@ -22,6 +23,9 @@ constexpr int kFeedIntervalMs = 10;
 // How long the stream of a finished playback is kept so that its last
 // samples are heard.
 constexpr int kDrainMs = 250;
+// The most decoded at a time: the sink's free room decides how far ahead of
+// what is heard the decoder runs.
+constexpr std::int64_t kDecodeFrames = 8192;
 
 QAudioFormat pcm16(int rate, int channels) {
     QAudioFormat format;
@@ -33,7 +37,8 @@ QAudioFormat pcm16(int rate, int channels) {
 
 }  // namespace
 
-QtAudioTrack::QtAudioTrack(QObject* parent) : QObject(parent) {
+QtAudioTrack::QtAudioTrack(QObject* parent)
+    : QObject(parent), m_captureFolder(QDir::tempPath().toStdString()) {
     m_feeder.setTimerType(Qt::PreciseTimer);
     m_feeder.setInterval(kFeedIntervalMs);
     connect(&m_feeder, &QTimer::timeout, this, [this] {
@@ -63,6 +68,25 @@ std::int64_t QtAudioTrack::unitsPerSecond() const {
     }
 }
 
+std::int64_t QtAudioTrack::recordedBytes() const {
+    return m_captured ? std::max<std::int64_t>(0, m_captured->size() - m_cutBytes) : 0;
+}
+
+std::int64_t QtAudioTrack::knownFrames() const {
+    if (m_content == Content::NewWave) return recordedBytes() / frameBytes();
+    return m_decoder ? m_decoder->frames() : 0;
+}
+
+bool QtAudioTrack::outOfRange(std::int64_t position) const {
+    if (position < 0) return true;
+    const std::int64_t frames = knownFrames();
+    return frames >= 0 && position > toUnits(frames);
+}
+
+std::unique_ptr<SoundDecoder> QtAudioTrack::recordedSound() const {
+    return captureDecoder(m_captured, m_cutBytes, m_rate, m_channels);
+}
+
 std::int64_t QtAudioTrack::toUnits(std::int64_t frame) const {
     return frame * unitsPerSecond() / m_rate;
 }
@@ -77,21 +101,24 @@ int QtAudioTrack::openNewWave() {
     m_rate = kRecordRate;
     m_channels = kRecordChannels;
     m_fileBits = kRecordBits;
+    m_captured = std::make_shared<CaptureFile>();
+    // Should the folder take no file, the sound is kept in memory instead.
+    m_captured->open(m_captureFolder);
+    m_cutBytes = 0;
     m_mode = AudioMode::Stopped;
     return kAudioOk;
 }
 
 int QtAudioTrack::openFile(const std::string& path, AudioKind kind) {
     close();
-    DecodedSound sound;
-    if (const int code = decodeSoundFile(path, sound); code != kAudioOk) return code;
     // A wave's positions are bytes of its own encoding; other files have none.
-    if (kind == AudioKind::Wave && !sound.isWave) return kAudioBadFile;
+    if (const int code = openSoundDecoder(path, kind, m_decoder); code != kAudioOk) return code;
+    const SoundInfo& info = m_decoder->info();
     m_content = kind == AudioKind::Wave ? Content::Wave : Content::Compressed;
-    m_rate = sound.sampleRate;
-    m_channels = sound.channels;
-    m_fileBits = sound.bitsPerSample;
-    m_pcm = std::move(sound.pcm);
+    m_path = path;
+    m_rate = info.sampleRate;
+    m_channels = info.channels;
+    m_fileBits = info.bitsPerSample;
     m_mode = AudioMode::Stopped;
     return kAudioOk;
 }
@@ -101,7 +128,10 @@ int QtAudioTrack::close() {
     releaseSink();
     m_drainTimer.stop();
     m_draining.reset();
-    std::string().swap(m_pcm);
+    m_decoder.reset();
+    m_captured.reset();
+    m_cutBytes = 0;
+    m_path.clear();
     m_content = Content::None;
     m_mode = AudioMode::NotReady;
     m_frame = 0;
@@ -143,13 +173,17 @@ void QtAudioTrack::releaseSource() {
 void QtAudioTrack::takeInput() {
     if (!m_input) return;
     const QByteArray bytes = m_input->readAll();
-    if (bytes.isEmpty()) return;
-    m_pcm.append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    if (bytes.isEmpty() || !m_captured) return;
+    m_captured->append(std::string_view(bytes.constData(), bytes.size()));
     if (m_capture) m_capture(std::string_view(bytes.constData(), bytes.size()));
 }
 
 int QtAudioTrack::startSink(std::int64_t frame) {
-    m_frame = std::clamp<std::int64_t>(frame, 0, totalFrames());
+    const std::int64_t frames = knownFrames();
+    m_frame = std::clamp<std::int64_t>(frame, 0, frames >= 0 ? frames : frame);
+    // What was recorded is read afresh: it may have grown or been cut.
+    if (m_content == Content::NewWave) m_decoder = recordedSound();
+    if (!m_decoder) return kAudioNotOpen;
     const QAudioDevice device = QMediaDevices::defaultAudioOutput();
     if (device.isNull()) return kAudioNoDevice;
     m_sink = std::make_unique<QAudioSink>(device, pcm16(m_rate, m_channels));
@@ -159,8 +193,10 @@ int QtAudioTrack::startSink(std::int64_t frame) {
         releaseSink();
         return kAudioNoDevice;
     }
+    m_decoderDone = !m_decoder->seek(m_frame);
     m_sinkStartFrame = m_frame;
-    m_written = static_cast<std::size_t>(m_frame * frameBytes());
+    m_fedBytes = 0;
+    m_blockBytes = m_blockAt = 0;
     m_mode = AudioMode::Playing;
     feedOutput();
     m_feeder.start();
@@ -178,26 +214,46 @@ void QtAudioTrack::releaseSink() {
 void QtAudioTrack::feedOutput() {
     if (!m_sink || !m_output || m_mode != AudioMode::Playing) return;
     const auto step = static_cast<qint64>(frameBytes());
-    while (m_written < m_pcm.size()) {
-        qint64 n =
-            std::min<qint64>(m_sink->bytesFree(), static_cast<qint64>(m_pcm.size() - m_written));
+    for (;;) {
+        if (m_blockAt >= m_blockBytes) {
+            // Decode only what the sink has room for: what is decoded is
+            // heard soon, and a seek throws little away.
+            const qint64 room = std::min<qint64>(m_sink->bytesFree() / step, kDecodeFrames);
+            if (m_decoderDone || room <= 0) break;
+            m_block.resize(static_cast<std::size_t>(room * m_channels));
+            const std::int64_t got = m_decoder->read(m_block.data(), room);
+            if (got <= 0) {
+                m_decoderDone = true;
+                break;
+            }
+            m_blockBytes = static_cast<std::size_t>(got * step);
+            m_blockAt = 0;
+        }
+        qint64 n = std::min<qint64>(m_sink->bytesFree(),
+                                    static_cast<qint64>(m_blockBytes - m_blockAt));
         n -= n % step;
         if (n <= 0) break;
-        const qint64 done = m_output->write(m_pcm.data() + m_written, n);
+        const qint64 done =
+            m_output->write(reinterpret_cast<const char*>(m_block.data()) + m_blockAt, n);
         if (done <= 0) break;
-        m_written += static_cast<std::size_t>(done);
+        m_blockAt += static_cast<std::size_t>(done);
+        m_fedBytes += done;
     }
 }
 
+std::int64_t QtAudioTrack::fedEnd() const { return m_sinkStartFrame + m_fedBytes / frameBytes(); }
+
 std::int64_t QtAudioTrack::playedFrame() const {
     if (!m_sink) return m_frame;
-    const std::int64_t played = m_sink->processedUSecs() * m_rate / 1'000'000;
-    return std::min(totalFrames(), m_sinkStartFrame + played);
+    // The sink counts whole microseconds of the frames it took: rounding
+    // gives back the exact frame, so that the end is reached.
+    const std::int64_t played = (m_sink->processedUSecs() * m_rate + 500'000) / 1'000'000;
+    return std::min(fedEnd(), m_sinkStartFrame + played);
 }
 
 void QtAudioTrack::settle() {
     if (m_mode != AudioMode::Playing || !m_sink || deviceLost()) return;
-    if (m_written < m_pcm.size() || playedFrame() < totalFrames()) return;
+    if (!m_decoderDone || m_blockAt < m_blockBytes || playedFrame() < fedEnd()) return;
     // The sink's clock reaches the end a little before the last samples have
     // left the server, and closing the stream drops what it still holds: the
     // track is at its end now, but the stream is let go only a little later.
@@ -205,7 +261,7 @@ void QtAudioTrack::settle() {
     m_draining = std::move(m_sink);
     m_output.clear();
     m_drainTimer.start();
-    m_frame = totalFrames();
+    m_frame = fedEnd();
     m_mode = AudioMode::Stopped;
 }
 
@@ -236,7 +292,7 @@ int QtAudioTrack::play() {
 int QtAudioTrack::playFrom(std::int64_t position) {
     if (m_content == Content::None) return kAudioNotOpen;
     if (m_mode == AudioMode::Recording) return kAudioWrongMode;
-    if (position < 0 || position > toUnits(totalFrames())) return kAudioBadRange;
+    if (outOfRange(position)) return kAudioBadRange;
     if (deviceLost()) return kAudioDeviceLost;
     releaseSink();
     m_mode = AudioMode::Stopped;
@@ -260,7 +316,7 @@ int QtAudioTrack::stop() {
     const bool lost = deviceLost();
     if (m_mode == AudioMode::Recording) {
         releaseSource();
-        m_frame = totalFrames();
+        m_frame = knownFrames();
     } else {
         settle();
         m_frame = playedFrame();
@@ -273,7 +329,7 @@ int QtAudioTrack::stop() {
 int QtAudioTrack::seek(std::int64_t position) {
     if (m_content == Content::None) return kAudioNotOpen;
     if (m_mode == AudioMode::Recording) return kAudioWrongMode;
-    if (position < 0 || position > toUnits(totalFrames())) return kAudioBadRange;
+    if (outOfRange(position)) return kAudioBadRange;
     // Seeking ends playing, as stop does.
     releaseSink();
     m_mode = AudioMode::Stopped;
@@ -283,15 +339,16 @@ int QtAudioTrack::seek(std::int64_t position) {
 
 int QtAudioTrack::deleteFromStart(std::int64_t bytes) {
     if (m_content == Content::None) return kAudioNotOpen;
-    if (m_content == Content::Compressed || m_mode == AudioMode::Recording ||
+    // Only a recording's sound is cut; a file is never changed.
+    if (m_content != Content::NewWave || m_mode == AudioMode::Recording ||
         m_mode == AudioMode::Playing)
         return kAudioWrongMode;
-    if (bytes < 0 || bytes > toUnits(totalFrames())) return kAudioBadRange;
+    if (outOfRange(bytes)) return kAudioBadRange;
     releaseSink();
     m_mode = AudioMode::Stopped;
     // Whole frames only, so the samples after the cut stay aligned.
     const std::int64_t frames = toFrame(bytes);
-    m_pcm.erase(0, static_cast<std::size_t>(frames * frameBytes()));
+    m_cutBytes += frames * frameBytes();
     m_frame = std::max<std::int64_t>(0, m_frame - frames);
     return kAudioOk;
 }
@@ -299,7 +356,14 @@ int QtAudioTrack::deleteFromStart(std::int64_t bytes) {
 int QtAudioTrack::save(const std::string& path) {
     if (m_content == Content::None) return kAudioNotOpen;
     if (m_content == Content::Compressed || m_mode == AudioMode::Recording) return kAudioWrongMode;
-    return writeWave16(path, m_rate, m_channels, m_pcm);
+    // A reader of its own, so that a playback's place is left alone.
+    std::unique_ptr<SoundDecoder> from;
+    if (m_content == Content::NewWave) {
+        from = recordedSound();
+    } else if (const int code = openSoundDecoder(m_path, AudioKind::Wave, from); code != kAudioOk) {
+        return kAudioWriteFailed;
+    }
+    return writeWave16(path, *from);
 }
 
 int QtAudioTrack::position(std::int64_t& out) {
@@ -307,7 +371,7 @@ int QtAudioTrack::position(std::int64_t& out) {
     if (deviceLost()) return kAudioDeviceLost;
     if (m_mode == AudioMode::Recording) {
         takeInput();
-        out = static_cast<std::int64_t>(m_pcm.size());
+        out = recordedBytes();
         return kAudioOk;
     }
     settle();
@@ -319,9 +383,11 @@ int QtAudioTrack::length(std::int64_t& out) {
     if (m_content == Content::None) return kAudioNotOpen;
     if (m_mode == AudioMode::Recording) {
         takeInput();
-        out = static_cast<std::int64_t>(m_pcm.size());
+        out = recordedBytes();
+    } else if (m_content == Content::NewWave) {
+        out = toUnits(knownFrames());
     } else {
-        out = toUnits(totalFrames());
+        out = toUnits(std::max<std::int64_t>(0, m_decoder->waitForFrames()));
     }
     return kAudioOk;
 }

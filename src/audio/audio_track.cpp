@@ -1,4 +1,4 @@
-#include "recording/audio_track.h"
+#include "audio/audio_track.h"
 
 namespace lv {
 

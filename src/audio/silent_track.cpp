@@ -1,4 +1,4 @@
-#include "recording/silent_track.h"
+#include "audio/silent_track.h"
 
 #include <algorithm>
 #include <chrono>

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "recording/audio_track.h"
+#include "audio/audio_track.h"
 
 namespace lv {
 
