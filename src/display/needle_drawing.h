@@ -14,6 +14,9 @@ struct NeedleLine {
 // radius 500 to 1000 about (0, 0), for every dial type.
 NeedleLine needleLine(std::int32_t value);
 
+// What the needle is seen through: the disc of a circular face, none on the others.
+std::optional<Opening> needleOpening(std::int32_t dialType);
+
 struct LampSpot {
     float x = 0, y = 0;
     std::optional<int> diameter;  // pixels; nullopt keeps the line width in force
