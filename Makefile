@@ -31,8 +31,11 @@ fuzz-smoke:
 	cmake --build --preset fuzz -j $(JOBS)
 	cmake --build --preset fuzz --target fuzz-smoke
 
+# The benchmarks, then the program's CPU in a real window (bench/cpu_live.sh;
+# shorter cases when CI is set).
 bench: build
 	cmake --build --preset default --target bench
+	bench/cpu_live.sh build/bin
 
 clean:
 	rm -rf build build-asan build-fuzz

@@ -7,7 +7,7 @@ set -euo pipefail
 
 build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
             qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev
-            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio)
+            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio xvfb)
 ci_pkgs=(clang libclang-rt-14-dev)
 
 want=("${build_pkgs[@]}")

@@ -72,7 +72,7 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
                      if (m_recording) m_recording->pressStop();
                  }),
       m_ctx{m_panel->surface(), m_store.values, m_session.state(),
-            m_readouts,         m_panelState,   [] { return ClockInputs{clockNow()}; }} {
+            m_readouts,         m_panelState,   [this] { return clockInputs(); }} {
     setObjectName("frmMain");
     m_panel->setObjectName("picMeterPanel");
     m_chart->setObjectName("picGraph");
@@ -284,6 +284,8 @@ void MainWindow::rebuildPanel() {
     m_panel->surface().setEraseColour(m_store.values.Dial_Color);
     // A new image holds no needle: Update_Needle draws the face first, then the needle.
     m_panelState.redraw = true;
+    // A redrawn dial takes the needle's reference afresh with the next reading.
+    m_session.state().NeedleReset = true;
     Update_Needle(m_ctx, m_session.needle());
     m_readouts.redrawLamp();
     m_readouts.redrawPanelWord();
@@ -292,18 +294,16 @@ void MainWindow::rebuildPanel() {
 void MainWindow::rebuildChart() {
     Init_Graph(m_chartState);
     Update_Graph(m_chartState, m_chart->surface(), m_store.values, 0,
-                 m_chart->surface().widthPixels(), chartGain());
-}
-
-std::int16_t MainWindow::chartGain() const {
-    return chartGainIndex(m_store.values.GraphGain, m_session.state().SensPos);
+                 m_chart->surface().widthPixels(), m_store.values.GraphGain,
+                 chartGain(m_session.state().SensPos));
 }
 
 void MainWindow::showSample(std::int32_t needle) {
     Update_Needle(m_ctx, needle);
     if (m_store.values.GraphVisible)
         Update_Graph(m_chartState, m_chart->surface(), m_store.values, m_session.state().RawNeedle,
-                     m_chart->surface().widthPixels(), chartGain());
+                     m_chart->surface().widthPixels(), m_store.values.GraphGain,
+                     chartGain(m_session.state().SensPos));
     m_dirty = true;
     if (m_started && !m_repaint.isActive()) m_repaint.start();
 }
@@ -314,6 +314,21 @@ void MainWindow::flush() {
     m_panel->updateDirty();
     if (m_store.values.GraphVisible) m_chart->updateDirty();
     ++m_frames;
+}
+
+ClockInputs MainWindow::clockInputs() const {
+    ClockInputs in{clockNow()};
+    if (!m_recording) return in;
+    // During playback a redraw shows the recording's own time at the play position.
+    RecordingState& rs = m_recording->state();
+    in.startTimeSecs = rs.buffer.StartTimeSecs;
+    in.unitsPerSecond = rs.AudioBytesPerSec;
+    std::int64_t position = 0;
+    if (rs.track && rs.track->position(position) == kAudioOk)
+        in.playPosition = position;
+    else
+        in.playPosition = std::int64_t{rs.buffer.CurRecord.TimeMs} * rs.AudioBytesPerSec / 1000;
+    return in;
 }
 
 void MainWindow::tickClock() {

@@ -72,7 +72,7 @@ private:
     MenuHooks menuHooks();
     void rebuildPanel();
     void rebuildChart();
-    std::int16_t chartGain() const;
+    ClockInputs clockInputs() const;
     void tickClock();
     void flush();
     void refreshPortMenu();
