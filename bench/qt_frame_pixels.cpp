@@ -38,13 +38,13 @@ std::vector<std::string> lifelikeFrames(int count) {
     return frames;
 }
 
-// Args: DialType, chart shown.
+// Args: DialType, chart (0 hidden, 1 shown, 2 shown with both grids).
 void BM_FrameToPixels(benchmark::State& state) {
     const auto frames = lifelikeFrames(4096);
     lv::Settings cfg;
     cfg.DialType = static_cast<std::int32_t>(state.range(0));
     cfg.GraphVisible = state.range(1) != 0;
-    cfg.GridX = cfg.GridY = true;
+    cfg.GridX = cfg.GridY = state.range(1) == 2;
     lv::MeterState st;
     st.RunMode = lv::kRunLive;
     st.PortNumber = 1;
@@ -77,7 +77,7 @@ void BM_FrameToPixels(benchmark::State& state) {
     }
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_FrameToPixels)->ArgsProduct({{0, 1}, {0, 1}})->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_FrameToPixels)->ArgsProduct({{0, 1}, {0, 1, 2}})->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 

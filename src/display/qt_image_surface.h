@@ -90,6 +90,7 @@ private:
     void showNeedle(QPointF a, QPointF b, Colour c);
     // Trace segments that join end to start in one pen go out as one polyline.
     void flushPolyline() const;
+    void straightLine(QPointF a, QPointF b, const QPen& linePen) const;
     void compose() const;
 
     QSize m_size;
