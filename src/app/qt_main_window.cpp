@@ -185,7 +185,18 @@ void MainWindow::placeWindow() {
     const int chart =
         m_store.values.GraphVisible ? kDialHeight * chartFifths(m_store.values) / 5 : 0;
     const int record = m_store.values.RecordVisible ? m_recordPanel->sizeHint().height() : 0;
-    resize(kDialWidth, kDialHeight + chart + record + bars);
+    QSize first(kDialWidth, kDialHeight + chart + record + bars);
+    // On a small screen the dial and chart shrink together, keeping the
+    // dial's shape, so that the recording panel and the status line stay on it.
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        const QSize area = screen->availableGeometry().size();
+        if (first.height() > area.height()) {
+            const double fit = double(area.height() - record - bars) / (kDialHeight + chart);
+            first = QSize(qRound(kDialWidth * fit), area.height());
+        }
+        first = first.boundedTo(area);
+    }
+    resize(first);
     const WindowPlacement saved = placementOf(m_sessionConfig);
     if (!saved.valid()) return;
     // A screen that has gone since (a second monitor unplugged) must not

@@ -63,6 +63,9 @@ public:
     // The layout step: chart shown or not and its height, background, and a
     // fresh face and chart.
     void relayout();
+    // What a redraw puts on the clock: the computer's time, or the
+    // recording's at the play position.
+    ClockInputs clockInputs() const;
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -72,7 +75,6 @@ private:
     MenuHooks menuHooks();
     void rebuildPanel();
     void rebuildChart();
-    ClockInputs clockInputs() const;
     void tickClock();
     void flush();
     void refreshPortMenu();

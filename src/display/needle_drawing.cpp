@@ -46,10 +46,16 @@ LampSpot lampSpot(std::int32_t dialType, int panelWidthPixels) {
     return {0, 0, std::nullopt};
 }
 
+int needleWidth(const Settings& cfg) {
+    // A hand-edited file may hold anything; the menu offers 0 (hidden) to 8.
+    if (cfg.Needle_Width < 0 || cfg.Needle_Width > kWidestNeedle) return Settings{}.Needle_Width;
+    return cfg.Needle_Width;
+}
+
 void Update_Needle(PanelContext& ctx, std::int32_t value) {
     if (ctx.state.redraw) Draw_Panel(ctx);
 
-    const int width = ctx.cfg.Needle_Width;
+    const int width = needleWidth(ctx.cfg);
     if (width > 0) {
         PanelState& ps = ctx.state;
         Surface& s = ctx.panel;

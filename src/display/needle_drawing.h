@@ -25,6 +25,12 @@ struct LampSpot {
 // Where the lamp sits on this dial type and how big it is on a panel this wide.
 LampSpot lampSpot(std::int32_t dialType, int panelWidthPixels);
 
+inline constexpr int kWidestNeedle = 8;  // pixels, the widest the menu offers
+
+// The needle's width in pixels as drawn: Needle_Width, or its default when the
+// stored value is outside 0..8. The stored value itself is kept as read.
+int needleWidth(const Settings& cfg);
+
 // Brings the needle to `value`: redraws the face first if it was rebuilt,
 // paints out the old needle in Dial_Color and draws the new one. The caller
 // picks the value (live or recorded) and appends recording samples.
