@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages a task needs, skipping what is there.
 #   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, test and benchmark
-#                                   libraries, and the sound server the audio tests run on
+#                                   libraries, the sound server the audio tests run on and
+#                                   the X server the CPU script (bench/cpu_live.sh) runs in
 #   scripts/install-deps.sh ci      the above, plus clang's libFuzzer runtime
 set -euo pipefail
 
