@@ -30,8 +30,8 @@ std::vector<std::string> lifelikeFrames(int count) {
         lv::protocol::FrameFields f;
         f.letter = i == 0 ? 'O' : 'P';
         // A slow swing across most of the scale with a faster ripple on it.
-        f.needle = static_cast<std::uint16_t>(32768 + 900 * std::sin(i / 60.0) +
-                                              120 * std::sin(i / 5.0));
+        f.needle =
+            static_cast<std::uint16_t>(32768 + 900 * std::sin(i / 60.0) + 120 * std::sin(i / 5.0));
         f.knob = 72 + 36;  // the knob at "10"
         frames.push_back(lv::protocol::encodeFrame(f));
     }

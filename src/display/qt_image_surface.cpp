@@ -156,7 +156,9 @@ void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
         const QPointF centre = toPixels(m_opening->x, m_opening->y);
         const qreal r = radiusPixels(m_opening->radius);
         const qreal reach = n.pen.widthF() / 2 + 1;
-        auto outside = [&](QPointF p) { return std::hypot(p.x() - centre.x(), p.y() - centre.y()) + reach > r; };
+        auto outside = [&](QPointF p) {
+            return std::hypot(p.x() - centre.x(), p.y() - centre.y()) + reach > r;
+        };
         if (outside(a) || outside(b)) {
             QPainterPath disc;
             disc.addEllipse(centre, r, r);
@@ -194,7 +196,7 @@ void ImageSurface::compose() const {
         p.drawLine(m_needle->a, m_needle->b);
         p.setClipping(false);
     }
-    for (const QRect& r : m_stale & m_topArea) p.drawImage(QRectF(r), m_top, source(r));
+    for (const QRect& r : m_stale& m_topArea) p.drawImage(QRectF(r), m_top, source(r));
     p.restore();
     m_stale = QRegion();
 }

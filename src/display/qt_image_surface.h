@@ -102,11 +102,11 @@ private:
     std::optional<Opening> m_opening;
     std::optional<NeedleShown> m_needle;
     std::optional<Colour> m_erase;
-    QRegion m_topArea;          // where the top layer has anything
-    mutable QRegion m_stale;    // to be composed again
+    QRegion m_topArea;        // where the top layer has anything
+    mutable QRegion m_stale;  // to be composed again
     QRect m_dirty;
-    mutable QPolygonF m_poly;   // segments waiting to be drawn ...
-    mutable QPen m_polyPen;     // ... in this pen
+    mutable QPolygonF m_poly;  // segments waiting to be drawn ...
+    mutable QPen m_polyPen;    // ... in this pen
 };
 
 // 0x00BBGGRR to a Qt colour.

@@ -110,7 +110,7 @@ TEST_F(Chart, TheOffsetMovesInStepsOf5000AndAGainChangeResetsTheTrace) {
 
 TEST(ChartGain, IsTheKnobsLabel) {
     // Knob position, gain: the label's value; a wild position is clamped to the knob.
-    const std::pair<int, double> cases[] = {{0, 1.0},  {13, 3.5}, {16, 4.0}, {36, 10},
+    const std::pair<int, double> cases[] = {{0, 1.0}, {13, 3.5}, {16, 4.0}, {36, 10},
                                             {51, 20}, {63, 40},  {99, 40},  {-4, 1.0}};
     for (auto [sensPos, gain] : cases) EXPECT_EQ(lv::chartGain(sensPos), gain) << sensPos;
 }

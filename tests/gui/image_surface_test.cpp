@@ -122,10 +122,11 @@ TEST(LayeredFace, SweptNeedleLeavesTheFaceAsDrawn) {
                     ASSERT_EQ(beyondDisc, 0) << what << " value " << value;
                     ASSERT_EQ(onHub, 0) << what << " value " << value;
                     const NeedleLine n = needleLine(value);
-                    const QPointF mid = swept.toPixels((n.innerX + n.outerX) / 2,
-                                                       (n.innerY + n.outerY) / 2);
-                    const bool shown = !isCircularDial(dial) ||
-                                       std::hypot(mid.x() - hub.x(), mid.y() - hub.y()) < discR - width;
+                    const QPointF mid =
+                        swept.toPixels((n.innerX + n.outerX) / 2, (n.innerY + n.outerY) / 2);
+                    const bool shown =
+                        !isCircularDial(dial) ||
+                        std::hypot(mid.x() - hub.x(), mid.y() - hub.y()) < discR - width;
                     if (shown) {
                         ASSERT_EQ(b.pixelColor(mid.toPoint()), toQColor(cfg.MainNeedle_Color))
                             << what << " value " << value;

@@ -127,8 +127,8 @@ TEST_F(MainWindowTest, RedrawDuringPlaybackShowsTheRecordingsTime) {
         records[i].StatusFlags = packStatusFlags(0, false, false, cfg().DialType);
     }
     const std::string lvd = m_dir.file("play.lvd");
-    ASSERT_TRUE(saveLvdRecords(lvd, records, startStampFor(cfg(), 10 * 3600 + 20 * 60 + 59, 9000))
-                    .saved);
+    ASSERT_TRUE(
+        saveLvdRecords(lvd, records, startStampFor(cfg(), 10 * 3600 + 20 * 60 + 59, 9000)).saved);
     w.store().values.AudioEnable = false;
     ASSERT_TRUE(w.recording().player().Load_File(lvd));
     w.recording().player().cmdPlay_Click();
