@@ -152,7 +152,7 @@ bool ImageSurface::needleErased(Colour c) {
 void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
     NeedleShown n{a, b, pen(c), grown(QRectF(a, b), std::max(1, state().lineWidth)), {}};
     if (m_opening) {
-        // Clipping costs more than the line: only when the line reaches out.
+        // Only a line that reaches out of the opening is clipped to it.
         const QPointF centre = toPixels(m_opening->x, m_opening->y);
         const qreal r = radiusPixels(m_opening->radius);
         const qreal reach = n.pen.widthF() / 2 + 1;
@@ -160,10 +160,13 @@ void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
             return std::hypot(p.x() - centre.x(), p.y() - centre.y()) + reach > r;
         };
         if (outside(a) || outside(b)) {
-            QPainterPath disc;
-            disc.addEllipse(centre, r, r);
-            n.clip = disc;
-            n.rect &= disc.boundingRect().toAlignedRect();
+            // A region, not a path: a path clip is rasterised afresh with every
+            // frame, and costs more than the needle itself.
+            // A pixel in from the rim, which the disc's own antialiased edge covers.
+            const qreal in = r - 1;
+            const QRect disc = QRectF(centre - QPointF(in, in), QSizeF(2 * in, 2 * in)).toRect();
+            n.clip = QRegion(disc, QRegion::Ellipse);
+            n.rect &= disc;
         }
     }
     if (m_needle) m_stale += m_needle->rect;
@@ -189,8 +192,9 @@ void ImageSurface::compose() const {
     for (const QRect& r : m_stale) p.drawImage(QRectF(r), m_face, source(r));
     p.setCompositionMode(QPainter::CompositionMode_SourceOver);
     if (m_needle && m_stale.intersects(m_needle->rect)) {
-        p.setClipRegion(m_stale & m_needle->rect);
-        if (m_needle->clip) p.setClipPath(*m_needle->clip, Qt::IntersectClip);
+        QRegion clip = m_stale & m_needle->rect;
+        if (m_needle->clip) clip &= *m_needle->clip;
+        p.setClipRegion(clip);
         p.setPen(m_needle->pen);
         p.setBrush(Qt::NoBrush);
         p.drawLine(m_needle->a, m_needle->b);

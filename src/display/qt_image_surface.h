@@ -69,7 +69,7 @@ private:
         QPointF a, b;
         QPen pen;
         QRect rect;
-        std::optional<QPainterPath> clip;  // the opening, when the line reaches beyond it
+        std::optional<QRegion> clip;  // the opening, when the line reaches beyond it
     };
 
     QPainter& painter(Target t) const;
