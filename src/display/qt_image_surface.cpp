@@ -161,8 +161,8 @@ void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
         };
         if (outside(a) || outside(b)) {
             // A region, not a path: a path clip is rasterised afresh with every
-            // frame, and costs more than the needle itself.
-            // A pixel in from the rim, which the disc's own antialiased edge covers.
+            // frame and costs more than the needle itself. It stops a pixel in
+            // from the rim, which the disc's own antialiased edge covers.
             const qreal in = r - 1;
             const QRect disc = QRectF(centre - QPointF(in, in), QSizeF(2 * in, 2 * in)).toRect();
             n.clip = QRegion(disc, QRegion::Ellipse);
@@ -200,7 +200,8 @@ void ImageSurface::compose() const {
         p.drawLine(m_needle->a, m_needle->b);
         p.setClipping(false);
     }
-    for (const QRect& r : m_stale& m_topArea) p.drawImage(QRectF(r), m_top, source(r));
+    const QRegion top = m_stale.intersected(m_topArea);
+    for (const QRect& r : top) p.drawImage(QRectF(r), m_top, source(r));
     p.restore();
     m_stale = QRegion();
 }
