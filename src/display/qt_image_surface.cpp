@@ -32,6 +32,7 @@ void ImageSurface::resize(QSize size, qreal devicePixelRatio) {
     // A new size starts without layers; the next face drawn brings them back.
     m_face = QImage();
     m_top = QImage();
+    m_surround = QImage();
     m_layer.reset();
     m_needle.reset();
     m_topArea = QRegion();
@@ -108,6 +109,7 @@ QRect ImageSurface::grown(const QRectF& area, qreal penWidth) const {
 void ImageSurface::touched(const QRectF& area, qreal penWidth) {
     const QRect r = grown(area, penWidth);
     m_dirty |= r;
+    if (m_layer == Layer::Face) m_surround = QImage();
     if (m_layer) {
         m_stale += r;
         if (*m_layer == Layer::Top) m_topArea += r;
@@ -136,6 +138,7 @@ void ImageSurface::clear() {
         m_top.fill(Qt::transparent);
     }
     m_needle.reset();
+    m_surround = QImage();
     m_topArea = QRegion();
     m_stale = QRegion();
     m_dirty |= QRect(QPoint(0, 0), m_size);
@@ -160,13 +163,8 @@ void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
             return std::hypot(p.x() - centre.x(), p.y() - centre.y()) + reach > r;
         };
         if (outside(a) || outside(b)) {
-            // A region, not a path: a path clip is rasterised afresh with every
-            // frame and costs more than the needle itself. It stops a pixel in
-            // from the rim, which the disc's own antialiased edge covers.
-            const qreal in = r - 1;
-            const QRect disc = QRectF(centre - QPointF(in, in), QSizeF(2 * in, 2 * in)).toRect();
-            n.clip = QRegion(disc, QRegion::Ellipse);
-            n.rect &= disc;
+            n.clip = true;
+            surroundFor(centre, r);
         }
     }
     if (m_needle) m_stale += m_needle->rect;
@@ -174,6 +172,18 @@ void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
     m_dirty |= n.rect;
     if (m_needle) m_dirty |= m_needle->rect;
     m_needle = std::move(n);
+}
+
+void ImageSurface::surroundFor(QPointF centre, qreal radius) {
+    if (!m_surround.isNull() && m_surroundAt == QRectF(centre, QSizeF(radius, radius))) return;
+    m_surround = m_face.copy();
+    QPainter p(&m_surround);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+    p.setPen(Qt::NoPen);
+    p.setBrush(Qt::black);
+    p.drawEllipse(centre, radius, radius);
+    m_surroundAt = QRectF(centre, QSizeF(radius, radius));
 }
 
 void ImageSurface::compose() const {
@@ -192,13 +202,16 @@ void ImageSurface::compose() const {
     for (const QRect& r : m_stale) p.drawImage(QRectF(r), m_face, source(r));
     p.setCompositionMode(QPainter::CompositionMode_SourceOver);
     if (m_needle && m_stale.intersects(m_needle->rect)) {
-        QRegion clip = m_stale & m_needle->rect;
-        if (m_needle->clip) clip &= *m_needle->clip;
-        p.setClipRegion(clip);
+        p.setClipRegion(m_stale & m_needle->rect);
         p.setPen(m_needle->pen);
         p.setBrush(Qt::NoBrush);
         p.drawLine(m_needle->a, m_needle->b);
         p.setClipping(false);
+        // The face around the opening laid back over the needle: cheaper
+        // than clipping to a round path, and the rim stays antialiased.
+        if (m_needle->clip)
+            for (const QRect& r : m_stale & m_needle->rect)
+                p.drawImage(QRectF(r), m_surround, source(r));
     }
     const QRegion top = m_stale.intersected(m_topArea);
     for (const QRect& r : top) p.drawImage(QRectF(r), m_top, source(r));

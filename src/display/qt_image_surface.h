@@ -69,7 +69,7 @@ private:
         QPointF a, b;
         QPen pen;
         QRect rect;
-        std::optional<QRegion> clip;  // the opening, when the line reaches beyond it
+        bool clip = false;  // reaches beyond the opening: the surround goes over it
     };
 
     QPainter& painter(Target t) const;
@@ -91,12 +91,17 @@ private:
     // Trace segments that join end to start in one pen go out as one polyline.
     void flushPolyline() const;
     void straightLine(QPointF a, QPointF b, const QPen& linePen) const;
+    // The face with the opening cut out of it, made when a needle first
+    // reaches beyond the opening.
+    void surroundFor(QPointF centre, qreal radius);
     void compose() const;
 
     QSize m_size;
     mutable QImage m_image;
     mutable QImage m_face;
     mutable QImage m_top;
+    QImage m_surround;
+    QRectF m_surroundAt;  // centre and radius it was cut for
     mutable std::array<std::unique_ptr<QPainter>, kTargets> m_painters;
     std::optional<Layer> m_layer;
     std::optional<Opening> m_opening;
