@@ -8,6 +8,7 @@
 
 #include "display/chart.h"
 #include "display/recording_surface.h"
+#include "signal/sens_table.h"
 
 namespace {
 
@@ -113,6 +114,16 @@ TEST(ChartGain, IsTheKnobsLabel) {
     const std::pair<int, double> cases[] = {{0, 1.0}, {13, 3.5}, {16, 4.0}, {36, 10},
                                             {51, 20}, {63, 40},  {99, 40},  {-4, 1.0}};
     for (auto [sensPos, gain] : cases) EXPECT_EQ(lv::chartGain(sensPos), gain) << sensPos;
+    // So the sheet spans about 1.8 times the traditional scale (110 degrees of 65536 to the
+    // turn) at every knob position: a reading moves the needle by half the knob's gain / 757
+    // units and the trace by twice the chart's gain, of 65536 on the sheet.
+    for (int pos = 0; pos < 64; ++pos) {
+        const double needlePerReading = (lv::sensGain(pos) / 2) / 757.0;
+        const double tracePerReading = 2 * lv::chartGain(pos);
+        const double scaleUnits = 110.0 / 360 * 65536;
+        const double sheetOverScale = (65536 / tracePerReading) / (scaleUnits / needlePerReading);
+        EXPECT_NEAR(sheetOverScale, 1.8, 0.1) << pos;
+    }
 }
 
 TEST_F(Chart, TheRebuildsOwnCallLeavesNoSample) {
