@@ -38,8 +38,11 @@ fuzz-smoke:
 	cmake --build --preset fuzz -j $(JOBS)
 	cmake --build --preset fuzz --target fuzz-smoke
 
+# The benchmarks, then the program's CPU in a real window (bench/cpu_live.sh;
+# shorter cases when CI is set).
 bench: build
 	cmake --build --preset default --target bench
+	bench/cpu_live.sh build/bin
 
 # Long (about 15 minutes): hours of sound made on the spot, played and recorded.
 bench-sound: build

@@ -87,8 +87,8 @@ void BM_ChartRedraw(benchmark::State& state) {
     CountingSurface surface;
     std::int32_t value = 0;
     for (auto _ : state) {
-        lv::Update_Graph(cs, surface, cfg, value, 800, 0);
-        lv::Update_Graph(cs, surface, cfg, value, 800, 0);
+        lv::Update_Graph(cs, surface, cfg, value, 800, 0, 10.0);
+        lv::Update_Graph(cs, surface, cfg, value, 800, 0, 10.0);
         value = (value + 997) % 65536;
     }
     state.counters["primitives"] =

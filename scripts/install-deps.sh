@@ -2,8 +2,9 @@
 # Installs the Debian 12 packages a task needs, skipping what is there.
 #   scripts/install-deps.sh build   compiler, CMake, Qt, libsndfile, libmpg123, test and
 #                                   benchmark libraries, the sound server the audio tests run
-#                                   on, sox and lame, which make the tests' sound files, and
-#                                   the PDF text reader the guide's test reads pages with
+#                                   on, sox and lame, which make the tests' sound files, the
+#                                   PDF text reader the guide's test reads pages with, and the
+#                                   X server the CPU script (bench/cpu_live.sh) runs in
 #   scripts/install-deps.sh ci      the above, plus clang's libFuzzer runtime
 #   scripts/install-deps.sh package the build set, plus what makes and checks the
 #                                   .deb: dpkg-dev, lintian, the desktop and
@@ -12,7 +13,7 @@ set -euo pipefail
 
 build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
             qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev libmpg123-dev
-            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio sox lame poppler-utils)
+            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio sox lame poppler-utils xvfb)
 # The man pages are made from the programs' --help at build time.
 build_pkgs+=(help2man)
 # Draws the window's icon, which is an SVG.

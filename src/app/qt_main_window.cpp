@@ -107,7 +107,7 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
                      if (m_recording) m_recording->pressStop();
                  }),
       m_ctx{m_panel->surface(), m_store.values, m_session.state(),
-            m_readouts,         m_panelState,   [] { return ClockInputs{clockNow()}; }} {
+            m_readouts,         m_panelState,   [this] { return clockInputs(); }} {
     setObjectName("frmMain");
     m_panel->setObjectName("picMeterPanel");
     m_chart->setObjectName("picGraph");
@@ -228,7 +228,18 @@ void MainWindow::placeWindow() {
     const int chart =
         m_store.values.GraphVisible ? kDialHeight * chartFifths(m_store.values) / 5 : 0;
     const int record = m_store.values.RecordVisible ? m_recordPanel->sizeHint().height() : 0;
-    resize(kDialWidth, kDialHeight + chart + record + bars);
+    QSize first(kDialWidth, kDialHeight + chart + record + bars);
+    // On a small screen the dial and chart shrink together, keeping the
+    // dial's shape, so that the recording panel and the status line stay on it.
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        const QSize area = screen->availableGeometry().size();
+        if (first.height() > area.height()) {
+            const double fit = double(area.height() - record - bars) / (kDialHeight + chart);
+            first = QSize(qRound(kDialWidth * fit), area.height());
+        }
+        first = first.boundedTo(area);
+    }
+    resize(first);
     const WindowPlacement saved = placementOf(m_sessionConfig);
     if (!saved.valid()) return;
     // A screen that has gone since (a second monitor unplugged) must not
@@ -346,6 +357,8 @@ void MainWindow::rebuildPanel() {
     m_session.followDialColour();
     // A new image holds no needle: Update_Needle draws the face first, then the needle.
     m_panelState.redraw = true;
+    // A redrawn dial takes the needle's reference afresh with the next reading.
+    m_session.state().NeedleReset = true;
     Update_Needle(m_ctx, m_session.needle());
     m_readouts.redrawLamp();
     m_readouts.redrawPanelWord();
@@ -354,18 +367,16 @@ void MainWindow::rebuildPanel() {
 void MainWindow::rebuildChart() {
     Init_Graph(m_chartState);
     Update_Graph(m_chartState, m_chart->surface(), m_store.values, 0,
-                 m_chart->surface().widthPixels(), chartGain());
-}
-
-std::int16_t MainWindow::chartGain() const {
-    return chartGainIndex(m_store.values.GraphGain, m_session.state().SensPos);
+                 m_chart->surface().widthPixels(), m_store.values.GraphGain,
+                 chartGain(m_session.state().SensPos));
 }
 
 void MainWindow::showSample(std::int32_t needle) {
     Update_Needle(m_ctx, needle);
     if (m_store.values.GraphVisible)
         Update_Graph(m_chartState, m_chart->surface(), m_store.values, m_session.state().RawNeedle,
-                     m_chart->surface().widthPixels(), chartGain());
+                     m_chart->surface().widthPixels(), m_store.values.GraphGain,
+                     chartGain(m_session.state().SensPos));
     m_dirty = true;
     if (m_started && !m_repaint.isActive()) m_repaint.start();
 }
@@ -376,6 +387,21 @@ void MainWindow::flush() {
     m_panel->updateDirty();
     if (m_store.values.GraphVisible) m_chart->updateDirty();
     ++m_frames;
+}
+
+ClockInputs MainWindow::clockInputs() const {
+    ClockInputs in{clockNow()};
+    if (!m_recording) return in;
+    // During playback a redraw shows the recording's own time at the play position.
+    RecordingState& rs = m_recording->state();
+    in.startTimeSecs = rs.buffer.StartTimeSecs;
+    in.unitsPerSecond = rs.AudioBytesPerSec;
+    std::int64_t position = 0;
+    if (rs.track && rs.track->position(position) == kAudioOk)
+        in.playPosition = position;
+    else
+        in.playPosition = std::int64_t{rs.buffer.CurRecord.TimeMs} * rs.AudioBytesPerSec / 1000;
+    return in;
 }
 
 void MainWindow::tickClock() {

@@ -66,6 +66,9 @@ public:
     // The layout step: chart shown or not and its height, background, and a
     // fresh face and chart.
     void relayout();
+    // What a redraw puts on the clock: the computer's time, or the
+    // recording's at the play position.
+    ClockInputs clockInputs() const;
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -75,7 +78,6 @@ private:
     MenuHooks menuHooks();
     void rebuildPanel();
     void rebuildChart();
-    std::int16_t chartGain() const;
     void tickClock();
     void flush();
     void refreshPortMenu();

@@ -14,11 +14,6 @@ constexpr std::int32_t kFullScale = 65536;
 constexpr std::int32_t kOffsetStep = 5000;
 constexpr std::int32_t kKeepBelow = 64537;  // the trace stays under this above the offset
 constexpr std::int32_t kKeepAbove = 1000;   // ... and at least this far above it
-constexpr std::array<double, 5> kGains{0.5, 1, 2, 4, 8};
-// The knob's gains are its label times this.
-constexpr double kKnobGainPerLabel = 1638.4;
-// The knob label whose swing matches the first row.
-constexpr double kKnobLabelAtFirstRow = 2.5;
 
 // Readings are 0..65535; the clamp only keeps a wild value from overflowing
 // the 32-bit ring and the offset arithmetic.
@@ -44,6 +39,8 @@ void rebuild(ChartState& cs, Surface& graph, const Settings& cfg, int widthPixel
     for (int k = 1; k <= kChartGridRows; ++k) cs.gridRow[k - 1] = k * kFullScale / 7;
     cs.stepWidth = static_cast<std::int16_t>(std::clamp(widthPixels / kChartSlots, 0, 32767));
     cs.stepsPerSample = chartStepsPerSample(cfg.GraphTimescale);
+    // The rebuild's own call counts for nothing: its value is no reading.
+    cs.subStep = 0;
     cs.width = widthPixels;
     cs.reinit = false;
 }
@@ -76,8 +73,15 @@ void draw(const ChartState& cs, Surface& graph, const Settings& cfg, int shift) 
 
 }  // namespace
 
-double chartGain(std::int16_t gainIndex) {
-    return kGains[static_cast<std::size_t>(std::clamp<int>(gainIndex, 0, kGains.size() - 1))];
+double chartGain(int sensPos) {
+    // Worked out once for the 64 knob positions: this runs with every sample.
+    static const std::array<double, 64> labels = [] {
+        std::array<double, 64> out{};
+        for (std::size_t pos = 0; pos < out.size(); ++pos)
+            out[pos] = vbVal(sensLabel(static_cast<int>(pos)));
+        return out;
+    }();
+    return labels[static_cast<std::size_t>(std::clamp(sensPos, 0, 63))];
 }
 
 std::int16_t chartStepsPerSample(const std::string& timescale) {
@@ -85,29 +89,12 @@ std::int16_t chartStepsPerSample(const std::string& timescale) {
     return static_cast<std::int16_t>(2 * eighths);
 }
 
-std::int16_t chartGainIndex(std::int16_t graphGain, int sensPos) {
-    // Worked out once for the 64 knob positions: this runs with every sample.
-    static const std::array<int, 64> knobRows = [] {
-        std::array<int, 64> rows{};
-        for (std::size_t pos = 0; pos < rows.size(); ++pos) {
-            const double knobGain = vbVal(SensTable()[pos]) / kKnobGainPerLabel;
-            rows[pos] =
-                knobGain > 0
-                    ? static_cast<int>(std::lround(std::log2(knobGain / kKnobLabelAtFirstRow)))
-                    : 0;
-        }
-        return rows;
-    }();
-    const int row = knobRows[static_cast<std::size_t>(std::clamp(sensPos, 0, 63))];
-    return static_cast<std::int16_t>(std::clamp(row + graphGain, 0, int(kGains.size()) - 1));
-}
-
 void Init_Graph(ChartState& cs) {
     cs.reinit = true;
 }
 
 void Update_Graph(ChartState& cs, Surface& graph, const Settings& cfg, std::int32_t value,
-                  int widthPixels, std::int16_t gainIndex) {
+                  int widthPixels, std::int16_t gainIndex, double gain) {
     // By default a higher reading plots lower.
     const std::int64_t v = cfg.GraphInvert ? std::int64_t{value} : kFullScale - std::int64_t{value};
     if (cs.reinit) rebuild(cs, graph, cfg, widthPixels);
@@ -121,14 +108,14 @@ void Update_Graph(ChartState& cs, Surface& graph, const Settings& cfg, std::int3
         graph.clear();
         cs.gainIndex = gainIndex;
         cs.y.fill(0);
-        cs.offset = scaled(v, chartGain(cs.gainIndex)) - kFullScale / 2;
+        cs.offset = scaled(v, gain) - kFullScale / 2;
         return;
     }
 
     if (cs.subStep == 0) {
         cs.newest = static_cast<std::int16_t>((cs.newest + 1) % kChartSlots);
         cs.oldest = static_cast<std::int16_t>((cs.newest + 1) % kChartSlots);
-        cs.y[cs.newest] = scaled(v, chartGain(cs.gainIndex));
+        cs.y[cs.newest] = scaled(v, gain);
         cs.offset = keepOnSheet(cs.y[cs.newest], cs.offset);
     }
 

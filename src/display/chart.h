@@ -31,32 +31,27 @@ struct ChartState {
     std::int16_t stepsPerSample = 1;  // never 0
     std::int16_t lastShift = 0;       // horizontal shift of the last redraw
     std::int32_t offset = 0;          // subtracted from every sample before plotting
-    std::int16_t gainIndex = 0;       // the gain the ring was filled with
+    std::int16_t gainIndex = 0;       // GraphGain as the ring was filled
     std::int32_t width = 0;           // pixels, as of the last re-initialisation
     bool reinit = true;
 };
 
-// Chart gains by GraphGain (clamped to the table): 0 plots a full-scale
-// reading across the whole sheet, each further row doubles.
-double chartGain(std::int16_t gainIndex);
+// The chart's gain at a knob position: the knob's own label (1.0 .. 40), so
+// that the trace swings about as far as the needle does at every position.
+double chartGain(int sensPos);
 
 // Calls per stored sample for GraphTimescale ("8".."32" seconds). Every second
 // call counts, so the counts are even: 200 samples then span the timescale at
 // 50 calls a second.
 std::int16_t chartStepsPerSample(const std::string& timescale);
 
-// The gain row the chart plots with. It follows the sensitivity knob, so that
-// the trace swings about as far as the needle does: the knob's gain as the
-// nearest row (a knob label of 2.5 plots at 0.5, each doubling one row up),
-// moved by GraphGain and clamped to the table.
-std::int16_t chartGainIndex(std::int16_t graphGain, int sensPos);
-
 // Asks for a rebuild: the next Update_Graph re-reads the settings and the width.
 void Init_Graph(ChartState& cs);
 
 // Adds one reading and redraws the chart if anything moved. widthPixels is
-// the chart's width, read at re-initialisation.
+// the chart's width, read at re-initialisation; a change of gainIndex
+// (GraphGain) starts the trace afresh; samples are scaled by `gain`.
 void Update_Graph(ChartState& cs, Surface& graph, const Settings& cfg, std::int32_t value,
-                  int widthPixels, std::int16_t gainIndex);
+                  int widthPixels, std::int16_t gainIndex, double gain);
 
 }  // namespace lv

@@ -63,13 +63,16 @@ void circularDiscAndHub(Surface& s, const Settings& cfg) {
     s.setForeColour(cfg.Dial_Color);
     s.setFillColour(cfg.Dial_Color);
     s.setFillStyle(FillStyle::Solid);
-    s.circle(0, kCircularCentreY, 575, cfg.Dial_Color);
+    s.circle(0, kCircularCentreY, kCircularDiscRadius, cfg.Dial_Color);
 
     s.setForeColour(cfg.Scale_Color);
     s.setFillColour(cfg.Scale_Color);
     s.setLineWidth(3);
     s.setFillStyle(FillStyle::Transparent);
+    // The needle crosses the disc: the hub ring lies above it.
+    s.beginLayer(Layer::Top);
     s.circle(0, kCircularCentreY, 35, cfg.Scale_Color);
+    s.beginLayer(Layer::Face);
 }
 
 // Ticks clockwise from 12 o'clock. The angle runs in single precision, so
@@ -129,7 +132,9 @@ void Draw_Panel(PanelContext& ctx) {
     ctx.panel.setBackColour(ctx.cfg.Panel_Color);
     ctx.state.redraw = true;
     ctx.panel.clear();
+    ctx.panel.beginLayer(Layer::Face);
     drawFace(ctx.panel, ctx.cfg);
+    ctx.panel.beginLayer(Layer::Top);
 
     const MeterState& st = ctx.st;
     ctx.display.Update_BaseDisplay(st.ShownBase);

@@ -23,6 +23,7 @@ inline constexpr double kOuterArcResume = kHalfTurn / 2 + double(5.7595815658569
 inline constexpr UserScale kPanelScale{-1000.0f, 1200.0f, 2000.0f, -1250.0f};
 
 inline constexpr float kCircularCentreY = 600.0f;  // the circular faces sit around (0, 600)
+inline constexpr float kCircularDiscRadius = 575.0f;
 
 enum : std::int32_t {
     kDialCircular1 = 0,

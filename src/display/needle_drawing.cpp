@@ -22,6 +22,11 @@ float f(double v) {
 
 }  // namespace
 
+std::optional<Opening> needleOpening(std::int32_t dialType) {
+    if (!isCircularDial(dialType)) return std::nullopt;
+    return Opening{0, kCircularCentreY, kCircularDiscRadius};
+}
+
 NeedleLine needleLine(std::int32_t value) {
     const double t = value * kFullTurn / 65536;
     const double s = std::sin(t), c = std::cos(t);
@@ -41,15 +46,23 @@ LampSpot lampSpot(std::int32_t dialType, int panelWidthPixels) {
     return {0, 0, std::nullopt};
 }
 
+int needleWidth(const Settings& cfg) {
+    // A hand-edited file may hold anything; the menu offers 0 (hidden) to 8.
+    if (cfg.Needle_Width < 0 || cfg.Needle_Width > kWidestNeedle) return Settings{}.Needle_Width;
+    return cfg.Needle_Width;
+}
+
 void Update_Needle(PanelContext& ctx, std::int32_t value) {
     if (ctx.state.redraw) Draw_Panel(ctx);
 
-    const int width = ctx.cfg.Needle_Width;
+    const int width = needleWidth(ctx.cfg);
     if (width > 0) {
         PanelState& ps = ctx.state;
         Surface& s = ctx.panel;
-        // Overdrawing, not exclusive-or: the needle lies inside the dial-coloured
-        // band, so painting it in Dial_Color leaves the scale intact.
+        // The line in Dial_Color paints the old needle out. A layered surface
+        // takes it as "the needle is gone" and shows the face again there;
+        // on the circular faces the needle is seen through the disc only.
+        s.beginLayer(Layer::Needle, needleOpening(ctx.cfg.DialType));
         if (!ps.redraw) {
             s.setLineWidth(width);
             s.line(ps.innerX, ps.innerY, ps.outerX, ps.outerY, ctx.cfg.Dial_Color);
@@ -61,6 +74,7 @@ void Update_Needle(PanelContext& ctx, std::int32_t value) {
         ps.outerY = n.outerY;
         s.setLineWidth(width);
         s.line(n.innerX, n.innerY, n.outerX, n.outerY, ctx.cfg.MainNeedle_Color);
+        s.beginLayer(Layer::Top);
     }
     ctx.state.redraw = false;
 }
@@ -68,12 +82,14 @@ void Update_Needle(PanelContext& ctx, std::int32_t value) {
 void Remove_Needle(PanelContext& ctx) {
     Surface& s = ctx.panel;
     const Settings& cfg = ctx.cfg;
+    s.beginLayer(Layer::Needle, needleOpening(cfg.DialType));
     if (isCircularDial(cfg.DialType)) {
         s.setLineWidth(1);
         s.setForeColour(cfg.Dial_Color);
         s.setFillColour(cfg.Dial_Color);
         s.setFillStyle(FillStyle::Solid);
         s.circle(0, kCircularCentreY, 505, cfg.Dial_Color);
+        s.beginLayer(Layer::Top);
         s.setLineWidth(3);
         s.setFillStyle(FillStyle::Transparent);
         s.circle(0, kCircularCentreY, 35, cfg.Scale_Color);
@@ -83,6 +99,7 @@ void Remove_Needle(PanelContext& ctx) {
         s.setFillColour(cfg.Dial_Color);
         s.setFillStyle(FillStyle::Solid);
         s.arc(0, 0, 1000, cfg.Dial_Color, f(-(q - S / 1.8)), f(-(q + S / 1.8)));
+        s.beginLayer(Layer::Top);
         // Wider than the fan on purpose, so that it also covers the wiping
         // pie's straight edges where they run into the hub.
         s.setForeColour(cfg.Panel_Color);
@@ -91,6 +108,7 @@ void Remove_Needle(PanelContext& ctx) {
         // The status text lies in the hub area just wiped.
         ctx.display.Update_ModeDisplay(ctx.st.ShownStatus, ctx.st.StatusColour);
     }
+    s.beginLayer(Layer::Top);
 }
 
 void Update_LED(Surface& panel, std::int32_t dialType, Colour colour) {

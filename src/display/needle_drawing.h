@@ -14,6 +14,9 @@ struct NeedleLine {
 // radius 500 to 1000 about (0, 0), for every dial type.
 NeedleLine needleLine(std::int32_t value);
 
+// What the needle is seen through: the disc of a circular face, none on the others.
+std::optional<Opening> needleOpening(std::int32_t dialType);
+
 struct LampSpot {
     float x = 0, y = 0;
     std::optional<int> diameter;  // pixels; nullopt keeps the line width in force
@@ -21,6 +24,12 @@ struct LampSpot {
 
 // Where the lamp sits on this dial type and how big it is on a panel this wide.
 LampSpot lampSpot(std::int32_t dialType, int panelWidthPixels);
+
+inline constexpr int kWidestNeedle = 8;  // pixels, the widest the menu offers
+
+// The needle's width in pixels as drawn: Needle_Width, or its default when the
+// stored value is outside 0..8. The stored value itself is kept as read.
+int needleWidth(const Settings& cfg);
 
 // Brings the needle to `value`: redraws the face first if it was rebuilt,
 // paints out the old needle in Dial_Color and draws the new one. The caller

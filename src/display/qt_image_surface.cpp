@@ -1,36 +1,79 @@
 #include "display/qt_image_surface.h"
 
 #include <QFont>
-#include <QPainterPath>
 #include <cmath>
 
 namespace lv {
 
 namespace {
 constexpr double kRadToDeg = 180.0 / 3.14159265358979323846;
-}
+// The antialiased fringe reaches this far beyond a shape's geometry.
+constexpr qreal kFringe = 2;
+}  // namespace
 
 ImageSurface::ImageSurface(QSize size, qreal devicePixelRatio) {
     resize(size, devicePixelRatio);
 }
 
+ImageSurface::~ImageSurface() {
+    endPainters();
+}
+
+void ImageSurface::endPainters() {
+    for (auto& p : m_painters) p.reset();
+}
+
 void ImageSurface::resize(QSize size, qreal devicePixelRatio) {
-    m_painter.reset();
+    endPainters();
     m_size = size.expandedTo(QSize(1, 1));
     m_image = QImage(m_size * devicePixelRatio, QImage::Format_ARGB32_Premultiplied);
     m_image.setDevicePixelRatio(devicePixelRatio);
     m_image.fill(toQColor(state().back));
+    // A new size starts without layers; the next face drawn brings them back.
+    m_face = QImage();
+    m_top = QImage();
+    m_surround = QImage();
+    m_layer.reset();
+    m_needle.reset();
+    m_topArea = QRegion();
+    m_stale = QRegion();
+    m_poly.clear();
     touched(QRectF(QPointF(0, 0), m_size));
 }
 
-QPainter& ImageSurface::painter() {
-    // One painter for the image's life: the face is drawn in many small steps.
-    if (!m_painter) {
-        m_painter = std::make_unique<QPainter>(&m_image);
-        m_painter->setRenderHint(QPainter::Antialiasing);
-        m_painter->setRenderHint(QPainter::TextAntialiasing);
+QImage& ImageSurface::target(Target t) const {
+    return t == FaceImage ? m_face : t == TopImage ? m_top : m_image;
+}
+
+QPainter& ImageSurface::painter(Target t) const {
+    // One painter per image for its life: the face is drawn in many small steps.
+    auto& p = m_painters[t];
+    if (!p) {
+        p = std::make_unique<QPainter>(&target(t));
+        p->setRenderHint(QPainter::Antialiasing);
+        p->setRenderHint(QPainter::TextAntialiasing);
     }
-    return *m_painter;
+    return *p;
+}
+
+ImageSurface::Target ImageSurface::drawTarget() const {
+    if (!m_layer) return Shown;
+    return *m_layer == Layer::Face ? FaceImage : TopImage;
+}
+
+void ImageSurface::ensureLayers() {
+    if (!m_face.isNull()) return;
+    m_face = m_image.copy();
+    m_top = QImage(m_image.size(), QImage::Format_ARGB32_Premultiplied);
+    m_top.setDevicePixelRatio(m_image.devicePixelRatio());
+    m_top.fill(Qt::transparent);
+}
+
+void ImageSurface::beginLayer(Layer layer, std::optional<Opening> opening) {
+    flushPolyline();
+    ensureLayers();
+    m_layer = layer;
+    m_opening = layer == Layer::Needle ? opening : std::nullopt;
 }
 
 QPointF ImageSurface::toPixels(float x, float y) const {
@@ -50,42 +93,177 @@ QPen ImageSurface::pen(Colour c) const {
     return p;
 }
 
-void ImageSurface::applyFill(bool solid) {
+void ImageSurface::applyFill(QPainter& p, bool solid) const {
     if (solid)
-        painter().setBrush(toQColor(state().fill));
+        p.setBrush(toQColor(state().fill));
     else
-        painter().setBrush(Qt::NoBrush);
+        p.setBrush(Qt::NoBrush);
+}
+
+QRect ImageSurface::grown(const QRectF& area, qreal penWidth) const {
+    const qreal reach = penWidth / 2 + kFringe;
+    return area.normalized().adjusted(-reach, -reach, reach, reach).toAlignedRect() &
+           QRect(QPoint(0, 0), m_size);
 }
 
 void ImageSurface::touched(const QRectF& area, qreal penWidth) {
-    const qreal reach = penWidth / 2 + 2;
-    m_dirty |= area.normalized().adjusted(-reach, -reach, reach, reach).toAlignedRect();
+    const QRect r = grown(area, penWidth);
+    m_dirty |= r;
+    if (m_layer == Layer::Face) m_surround = QImage();
+    if (m_layer) {
+        m_stale += r;
+        if (*m_layer == Layer::Top) m_topArea += r;
+    }
 }
 
 QRect ImageSurface::takeDirty() {
+    compose();
     const QRect dirty = m_dirty & QRect(QPoint(0, 0), m_size);
     m_dirty = QRect();
     return dirty;
 }
 
+const QImage& ImageSurface::image() const {
+    compose();
+    return m_image;
+}
+
 void ImageSurface::clear() {
-    m_painter.reset();
-    m_image.fill(toQColor(state().back));
-    touched(QRectF(QPointF(0, 0), m_size));
+    endPainters();
+    m_poly.clear();
+    const QColor back = toQColor(state().back);
+    m_image.fill(back);
+    if (!m_face.isNull()) {
+        m_face.fill(back);
+        m_top.fill(Qt::transparent);
+    }
+    m_needle.reset();
+    m_surround = QImage();
+    m_topArea = QRegion();
+    m_stale = QRegion();
+    m_dirty |= QRect(QPoint(0, 0), m_size);
+}
+
+bool ImageSurface::needleErased(Colour c) {
+    if (m_layer != Layer::Needle || m_erase != c) return false;
+    if (m_needle) m_stale += m_needle->rect;
+    m_dirty |= m_needle ? m_needle->rect : QRect();
+    m_needle.reset();
+    return true;
+}
+
+void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
+    NeedleShown n{a, b, pen(c), grown(QRectF(a, b), std::max(1, state().lineWidth)), {}};
+    if (m_opening) {
+        // Only a line that reaches out of the opening is clipped to it.
+        const QPointF centre = toPixels(m_opening->x, m_opening->y);
+        const qreal r = radiusPixels(m_opening->radius);
+        const qreal reach = n.pen.widthF() / 2 + 1;
+        auto outside = [&](QPointF p) {
+            return std::hypot(p.x() - centre.x(), p.y() - centre.y()) + reach > r;
+        };
+        if (outside(a) || outside(b)) {
+            n.clip = true;
+            surroundFor(centre, r);
+        }
+    }
+    if (m_needle) m_stale += m_needle->rect;
+    m_stale += n.rect;
+    m_dirty |= n.rect;
+    if (m_needle) m_dirty |= m_needle->rect;
+    m_needle = std::move(n);
+}
+
+void ImageSurface::surroundFor(QPointF centre, qreal radius) {
+    if (!m_surround.isNull() && m_surroundAt == QRectF(centre, QSizeF(radius, radius))) return;
+    m_surround = m_face.copy();
+    QPainter p(&m_surround);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+    p.setPen(Qt::NoPen);
+    p.setBrush(Qt::black);
+    p.drawEllipse(centre, radius, radius);
+    m_surroundAt = QRectF(centre, QSizeF(radius, radius));
+}
+
+void ImageSurface::compose() const {
+    flushPolyline();
+    if (m_stale.isEmpty()) return;
+    QPainter& p = painter(Shown);
+    // The face layer was drawn to by its own painter: finish it first.
+    if (m_painters[FaceImage]) m_painters[FaceImage].reset();
+    if (m_painters[TopImage]) m_painters[TopImage].reset();
+    const qreal ratio = m_image.devicePixelRatio();
+    auto source = [ratio](const QRect& r) {
+        return QRectF(QPointF(r.topLeft()) * ratio, QSizeF(r.size()) * ratio);
+    };
+    p.save();
+    p.setCompositionMode(QPainter::CompositionMode_Source);
+    for (const QRect& r : m_stale) p.drawImage(QRectF(r), m_face, source(r));
+    p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    if (m_needle && m_stale.intersects(m_needle->rect)) {
+        p.setClipRegion(m_stale & m_needle->rect);
+        p.setPen(m_needle->pen);
+        p.setBrush(Qt::NoBrush);
+        p.drawLine(m_needle->a, m_needle->b);
+        p.setClipping(false);
+        // The face around the opening laid back over the needle: cheaper
+        // than clipping to a round path, and the rim stays antialiased.
+        if (m_needle->clip)
+            for (const QRect& r : m_stale & m_needle->rect)
+                p.drawImage(QRectF(r), m_surround, source(r));
+    }
+    const QRegion top = m_stale.intersected(m_topArea);
+    for (const QRect& r : top) p.drawImage(QRectF(r), m_top, source(r));
+    p.restore();
+    m_stale = QRegion();
+}
+
+void ImageSurface::flushPolyline() const {
+    if (m_poly.size() < 2) {
+        m_poly.clear();
+        return;
+    }
+    QPainter& p = painter(Shown);
+    const qreal wide = m_polyPen.widthF();
+    if (m_poly.size() == 2) {
+        straightLine(m_poly[0], m_poly[1], m_polyPen);
+    } else if (wide <= 1) {
+        p.setPen(m_polyPen);
+        p.drawPolyline(m_poly);
+    } else {
+        // Qt's general stroker takes about a millisecond for a wide
+        // antialiased trace of 200 points; hairlines side by side, across and
+        // along, cost a tenth of that and come out as wide.
+        QPen hair = m_polyPen;
+        hair.setWidthF(1);
+        p.setPen(hair);
+        const qreal half = (wide - 1) / 2;
+        for (qreal d = -half; d <= half + 0.01; d += 1) {
+            p.drawPolyline(m_poly.translated(0, d));
+            if (d != 0) p.drawPolyline(m_poly.translated(d, 0));
+        }
+    }
+    m_poly.clear();
 }
 
 void ImageSurface::circle(float x, float y, float radius, Colour outline) {
-    QPainter& p = painter();
+    flushPolyline();
+    if (needleErased(state().fillStyle == FillStyle::Solid ? state().fill : outline)) return;
+    QPainter& p = painter(drawTarget());
     p.setPen(pen(outline));
-    applyFill(state().fillStyle == FillStyle::Solid);
+    applyFill(p, state().fillStyle == FillStyle::Solid);
     const qreal r = radiusPixels(radius);
     p.drawEllipse(toPixels(x, y), r, r);
     touched(QRectF(toPixels(x, y) - QPointF(r, r), QSizeF(2 * r, 2 * r)), p.pen().widthF());
 }
 
 void ImageSurface::arc(float x, float y, float radius, Colour outline, float start, float end) {
-    QPainter& p = painter();
+    flushPolyline();
     const bool edgeStart = start < 0, edgeEnd = end < 0;
+    const bool pie = edgeStart && edgeEnd;
+    if (needleErased(pie && state().fillStyle == FillStyle::Solid ? state().fill : outline)) return;
+    QPainter& p = painter(drawTarget());
     const double a0 = std::abs(start), a1 = std::abs(end);
     double span = a1 - a0;
     if (span < 0) span += 2 * 3.14159265358979323846;
@@ -101,36 +279,77 @@ void ImageSurface::arc(float x, float y, float radius, Colour outline, float sta
         path.arcMoveTo(box, a0 * kRadToDeg);
     path.arcTo(box, a0 * kRadToDeg, span * kRadToDeg);
     if (edgeEnd) path.lineTo(c);
-    const bool pie = edgeStart && edgeEnd;
     if (pie) path.closeSubpath();
     p.setPen(pen(outline));
-    applyFill(pie && state().fillStyle == FillStyle::Solid);
+    applyFill(p, pie && state().fillStyle == FillStyle::Solid);
     p.drawPath(path);
     touched(path.boundingRect(), p.pen().widthF());
 }
 
 void ImageSurface::line(float x1, float y1, float x2, float y2, std::optional<Colour> colour) {
-    QPainter& p = painter();
     const Colour c = colour.value_or(state().fore);
-    QPen linePen = pen(c);
-    if (m_erase == c) linePen.setWidthF(linePen.widthF() + 2);
+    const QPointF a = toPixels(x1, y1), b = toPixels(x2, y2);
+    if (m_layer == Layer::Needle) {
+        if (!needleErased(c)) showNeedle(a, b, c);
+        return;
+    }
+    const QPen linePen = pen(c);
+    if (!m_layer) {
+        // Without layers a chart's trace comes as segments end to start.
+        if (!m_poly.isEmpty() && m_poly.back() == a && linePen == m_polyPen) {
+            m_poly << b;
+        } else if (m_poly.size() > 2 && linePen != m_polyPen) {
+            // A grid line across a trace: the trace goes on after it.
+            straightLine(a, b, linePen);
+        } else {
+            flushPolyline();
+            m_poly << a << b;
+            m_polyPen = linePen;
+        }
+    } else {
+        QPainter& p = painter(drawTarget());
+        p.setPen(linePen);
+        p.drawLine(a, b);
+    }
+    touched(QRectF(a, b), linePen.widthF());
+}
+
+void ImageSurface::straightLine(QPointF a, QPointF b, const QPen& linePen) const {
+    QPainter& p = painter(Shown);
+    const qreal w = linePen.widthF();
+    if (w >= 1 && (a.x() == b.x() || a.y() == b.y())) {
+        // A wide line along an axis is a rectangle: far cheaper to fill than to stroke.
+        p.fillRect(QRectF(a, b).normalized().adjusted(-w / 2, -w / 2, w / 2, w / 2),
+                   linePen.color());
+        return;
+    }
     p.setPen(linePen);
-    p.drawLine(toPixels(x1, y1), toPixels(x2, y2));
-    touched(QRectF(toPixels(x1, y1), toPixels(x2, y2)), linePen.widthF());
+    p.drawLine(a, b);
 }
 
 void ImageSurface::point(float x, float y, std::optional<Colour> colour) {
-    QPainter& p = painter();
+    flushPolyline();
+    QPainter& p = painter(drawTarget());
     const QColor c = toQColor(colour.value_or(state().fore));
+    const qreal r = std::max(1, state().lineWidth) / 2.0;
+    const QPointF at = toPixels(x, y);
+    if (m_layer == Layer::Top) {
+        // A lamp drawn again in another colour leaves no fringe of the old one.
+        p.setCompositionMode(QPainter::CompositionMode_Clear);
+        p.setPen(Qt::NoPen);
+        p.setBrush(Qt::black);
+        p.drawEllipse(at, r + 1, r + 1);
+        p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    }
     p.setPen(Qt::NoPen);
     p.setBrush(c);
-    const qreal r = std::max(1, state().lineWidth) / 2.0;
-    p.drawEllipse(toPixels(x, y), r, r);
-    touched(QRectF(toPixels(x, y) - QPointF(r, r), QSizeF(2 * r, 2 * r)));
+    p.drawEllipse(at, r, r);
+    touched(QRectF(at - QPointF(r, r), QSizeF(2 * r, 2 * r)), 2);
 }
 
 void ImageSurface::text(float x, float y, const std::string& s, const TextStyle& style) {
-    QPainter& p = painter();
+    flushPolyline();
+    QPainter& p = painter(drawTarget());
     QFont font(QString::fromStdString(style.font));
     font.setPointSizeF(std::max(1.0f, style.size));
     font.setBold(style.bold);
@@ -144,10 +363,30 @@ void ImageSurface::text(float x, float y, const std::string& s, const TextStyle&
 }
 
 void ImageSurface::fillRect(float x, float y, float width, float height, Colour colour) {
-    QPainter& p = painter();
+    flushPolyline();
+    QPainter& p = painter(drawTarget());
     const QRectF area = QRectF(toPixels(x, y), toPixels(x + width, y + height)).normalized();
     p.fillRect(area, toQColor(colour));
     touched(area);
+}
+
+void ImageSurface::wipe(float x, float y, float width, float height, Colour colour) {
+    if (!m_layer) {
+        fillRect(x, y, width, height, colour);
+        return;
+    }
+    flushPolyline();
+    const QRect area =
+        QRectF(toPixels(x, y), toPixels(x + width, y + height)).normalized().toAlignedRect() &
+        QRect(QPoint(0, 0), m_size);
+    QPainter& p = painter(TopImage);
+    p.save();
+    p.setCompositionMode(QPainter::CompositionMode_Clear);
+    p.fillRect(area, Qt::transparent);
+    p.restore();
+    m_topArea -= area;
+    m_stale += area;
+    m_dirty |= area;
 }
 
 qreal ImageSurface::pointsForPixels(qreal pixels) const {

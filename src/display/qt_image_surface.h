@@ -1,6 +1,10 @@
 #pragma once
 #include <QImage>
 #include <QPainter>
+#include <QPainterPath>
+#include <QPolygonF>
+#include <QRegion>
+#include <array>
 #include <memory>
 
 #include "display/surface.h"
@@ -10,13 +14,22 @@ namespace lv {
 // A picture area painted into an image, antialiased; the widget blits it.
 // Logical units follow the user scale; line widths are pixels at the image's
 // device pixel ratio, so a HiDPI window gets the same look, only sharper.
+//
+// Once told about layers it keeps three: the face (drawn once per rebuild),
+// the needle (one line, remembered rather than painted in), and the top
+// (readouts, lamp, hub ring). The image shown is composed from them, rectangle
+// by rectangle, only where something changed; painting the needle out shows
+// the face again, whatever the face looks like there. Without layers (the
+// chart) everything goes straight onto the one image.
 class ImageSurface : public Surface {
 public:
     // `size` in device-independent pixels.
     explicit ImageSurface(QSize size = QSize(400, 300), qreal devicePixelRatio = 1.0);
+    ~ImageSurface() override;
 
     void resize(QSize size, qreal devicePixelRatio = 1.0);
-    const QImage& image() const { return m_image; }
+    // The composed picture, brought up to date first.
+    const QImage& image() const;
 
     int widthPixels() const override { return m_size.width(); }
     void clear() override;
@@ -26,14 +39,15 @@ public:
               std::optional<Colour> colour = std::nullopt) override;
     void point(float x, float y, std::optional<Colour> colour = std::nullopt) override;
     void text(float x, float y, const std::string& s, const TextStyle& style) override;
+    void beginLayer(Layer layer, std::optional<Opening> opening = std::nullopt) override;
 
-    // Not part of the seam: the window's readouts wipe their old text with it,
-    // as the original printed spaces over it. Top-left corner at (x, y), sizes
-    // in logical units.
+    // Not part of the seam: a filled rectangle, top-left corner at (x, y),
+    // sizes in logical units.
     void fillRect(float x, float y, float width, float height, Colour colour);
-    // Lines in this colour paint something out (the needle is erased by
-    // overdrawing it in the dial colour). Antialiasing leaves a faint fringe of
-    // the old line under a same-width line, so these go a pixel wider each side.
+    // Takes away what lies above the needle in a rectangle, so that the face
+    // (and the needle) show there again; without layers, fills it in `colour`.
+    void wipe(float x, float y, float width, float height, Colour colour);
+    // Needle lines in this colour paint the needle out.
     void setEraseColour(std::optional<Colour> colour) { m_erase = colour; }
     // Points that give text this many device-independent pixels on this image.
     qreal pointsForPixels(qreal pixels) const;
@@ -41,23 +55,63 @@ public:
     // Logical point to device-independent pixels, for tests and hit tests.
     QPointF toPixels(float x, float y) const;
 
-    // What has been drawn on since the last call, in device-independent
-    // pixels: the widget repaints that much and no more.
+    // What has changed since the last call, in device-independent pixels:
+    // the widget repaints that much and no more.
     QRect takeDirty();
+    // The face layer alone (a null image before any layer was used).
+    const QImage& face() const { return m_face; }
+    // Where the needle shown lies, pen included; empty when none is shown.
+    QRect needleRect() const { return m_needle ? m_needle->rect : QRect(); }
 
 private:
-    QPainter& painter();
+    enum Target { Shown, FaceImage, TopImage, kTargets };
+    struct NeedleShown {
+        QPointF a, b;
+        QPen pen;
+        QRect rect;
+        bool clip = false;  // reaches beyond the opening: the surround goes over it
+    };
+
+    QPainter& painter(Target t) const;
+    QImage& target(Target t) const;
+    // Where the primitives go now.
+    Target drawTarget() const;
     QPen pen(Colour c) const;
-    void applyFill(bool solid);
+    void applyFill(QPainter& p, bool solid) const;
     qreal radiusPixels(float radius) const;
     // Adds a drawn area, grown by the pen's reach and the antialiased fringe.
     void touched(const QRectF& area, qreal penWidth = 0);
+    QRect grown(const QRectF& area, qreal penWidth) const;
+    void ensureLayers();
+    void endPainters();
+    // A needle-layer primitive: the erase colour takes the needle away, any
+    // other colour (a line) becomes the needle.
+    bool needleErased(Colour c);
+    void showNeedle(QPointF a, QPointF b, Colour c);
+    // Trace segments that join end to start in one pen go out as one polyline.
+    void flushPolyline() const;
+    void straightLine(QPointF a, QPointF b, const QPen& linePen) const;
+    // The face with the opening cut out of it, made when a needle first
+    // reaches beyond the opening.
+    void surroundFor(QPointF centre, qreal radius);
+    void compose() const;
 
     QSize m_size;
-    QImage m_image;
-    std::unique_ptr<QPainter> m_painter;
+    mutable QImage m_image;
+    mutable QImage m_face;
+    mutable QImage m_top;
+    QImage m_surround;
+    QRectF m_surroundAt;  // centre and radius it was cut for
+    mutable std::array<std::unique_ptr<QPainter>, kTargets> m_painters;
+    std::optional<Layer> m_layer;
+    std::optional<Opening> m_opening;
+    std::optional<NeedleShown> m_needle;
     std::optional<Colour> m_erase;
+    QRegion m_topArea;        // where the top layer has anything
+    mutable QRegion m_stale;  // to be composed again
     QRect m_dirty;
+    mutable QPolygonF m_poly;  // segments waiting to be drawn ...
+    mutable QPen m_polyPen;    // ... in this pen
 };
 
 // 0x00BBGGRR to a Qt colour.

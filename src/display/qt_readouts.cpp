@@ -60,7 +60,7 @@ qreal PanelReadouts::fitting(const std::string& text, qreal pixels, qreal widthP
 }
 
 void PanelReadouts::wipe(const ReadoutBox& box) {
-    m_panel.fillRect(box.x, box.y, box.width, box.height, cfg().Panel_Color);
+    m_panel.wipe(box.x, box.y, box.width, box.height, cfg().Panel_Color);
 }
 
 void PanelReadouts::caption(const ReadoutBox& box, const std::string& label,

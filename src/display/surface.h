@@ -30,6 +30,17 @@ struct DrawState {
     bool operator==(const DrawState&) const = default;
 };
 
+// Where a picture area's drawing belongs once it is kept in layers: the fixed
+// artwork, the needle that moves over it, and what lies above the needle
+// (readouts, lamp, the circular face's hub ring).
+enum class Layer { Face, Needle, Top };
+
+// A round opening the needle shows through, in logical units; the radius is
+// measured along x.
+struct Opening {
+    float x = 0, y = 0, radius = 0;
+};
+
 struct TextStyle {
     std::string font = "Aerial";  // asked for by this name; the painter substitutes
     float size = 10.0f;           // points
@@ -74,6 +85,11 @@ public:
     virtual void point(float x, float y, std::optional<Colour> colour = std::nullopt) = 0;
     // Text with its top-left corner at (x, y).
     virtual void text(float x, float y, const std::string& s, const TextStyle& style) = 0;
+
+    // The layer the following primitives belong to, and for the needle the
+    // opening it is seen through. Not a primitive: a surface that keeps one
+    // picture ignores it, so the calls themselves stay what they are.
+    virtual void beginLayer(Layer, std::optional<Opening> = std::nullopt) {}
 
 private:
     UserScale m_scale;

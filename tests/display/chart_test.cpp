@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -7,6 +8,7 @@
 
 #include "display/chart.h"
 #include "display/recording_surface.h"
+#include "signal/sens_table.h"
 
 namespace {
 
@@ -19,7 +21,7 @@ class Chart : public ::testing::Test {
 protected:
     std::vector<SurfaceCall> call(std::int32_t value) {  // one Update_Graph: what it drew
         graph.calls.clear();
-        lv::Update_Graph(cs, graph, cfg, value, width, gain);
+        lv::Update_Graph(cs, graph, cfg, value, width, gainIndex, gain);
         return graph.calls;
     }
     Lines lines(const std::vector<SurfaceCall>& calls, lv::Colour ink) const {
@@ -41,11 +43,12 @@ protected:
         return trace(call(value));
     }
 
-    lv::Settings cfg;  // not inverted, gain row 0, timescale 8 s, no grid
+    lv::Settings cfg;  // not inverted, timescale 8 s, no grid
     lv::ChartState cs;
     lv::RecordingSurface graph;
     int width = 800;
-    std::int16_t gain = 0;
+    std::int16_t gainIndex = 0;
+    double gain = 0.5;
 };
 
 TEST_F(Chart, EverySecondCallCountsAndTheSheetSlidesOnlyWhenAPixelMoves) {
@@ -95,6 +98,7 @@ TEST_F(Chart, TheOffsetMovesInStepsOf5000AndAGainChangeResetsTheTrace) {
         EXPECT_EQ(sample(value).back().second, float(value - offset)) << value;
         EXPECT_EQ(cs.offset, offset) << value;
     }
+    gainIndex = 2;
     gain = 2;  // x 2 x 2
     call(20000);
     EXPECT_EQ(call(20000).size(), 1u) << "only wiped";
@@ -105,14 +109,36 @@ TEST_F(Chart, TheOffsetMovesInStepsOf5000AndAGainChangeResetsTheTrace) {
     EXPECT_EQ(pts.back().second, 32768);
 }
 
-TEST(ChartGain, FollowsTheKnobMovedByGraphGain) {
-    // Knob position, GraphGain, row: labels 3.5 (13) below 4.0 (16), nearer 5 than 2.5; 10 (36),
-    // 20 (51), 40 (63); a wild knob or gain is clamped.
-    const std::tuple<int, std::int16_t, std::int16_t> cases[] = {
-        {13, 0, 0}, {16, 0, 1},  {36, 0, 2}, {51, 0, 3}, {63, 0, 4},
-        {36, 1, 3}, {36, -5, 0}, {63, 3, 4}, {99, 0, 4}, {-4, 0, 0}};
-    for (auto [sensPos, graphGain, row] : cases)
-        EXPECT_EQ(lv::chartGainIndex(graphGain, sensPos), row) << sensPos << " " << graphGain;
+TEST(ChartGain, IsTheKnobsLabel) {
+    // Knob position, gain: the label's value; a wild position is clamped to the knob.
+    const std::pair<int, double> cases[] = {{0, 1.0}, {13, 3.5}, {16, 4.0}, {36, 10},
+                                            {51, 20}, {63, 40},  {99, 40},  {-4, 1.0}};
+    for (auto [sensPos, gain] : cases) EXPECT_EQ(lv::chartGain(sensPos), gain) << sensPos;
+    // So the sheet spans about 1.8 times the traditional scale (110 degrees of 65536 to the
+    // turn) at every knob position: a reading moves the needle by half the knob's gain / 757
+    // units and the trace by twice the chart's gain, of 65536 on the sheet.
+    for (int pos = 0; pos < 64; ++pos) {
+        const double needlePerReading = (lv::sensGain(pos) / 2) / 757.0;
+        const double tracePerReading = 2 * lv::chartGain(pos);
+        const double scaleUnits = 110.0 / 360 * 65536;
+        const double sheetOverScale = (65536 / tracePerReading) / (scaleUnits / needlePerReading);
+        EXPECT_NEAR(sheetOverScale, 1.8, 0.1) << pos;
+    }
+}
+
+TEST_F(Chart, TheRebuildsOwnCallLeavesNoSample) {
+    // Whatever the count stood at, the call that rebuilds stores nothing.
+    for (int before : {0, 1, 2, 3}) {
+        cs = lv::ChartState{};
+        for (int i = 0; i < before; ++i) call(30000);
+        lv::Init_Graph(cs);
+        call(0);
+        EXPECT_EQ(cs.y, decltype(cs.y){}) << before << ": the ring starts empty";
+        const Points pts = trace(call(30000));
+        ASSERT_FALSE(pts.empty()) << before << ": the next call stores and draws";
+        EXPECT_EQ(pts.back().second, float(65536 - 30000 - cs.offset)) << before;
+        EXPECT_EQ(std::count(cs.y.begin(), cs.y.end(), 0), 199) << before << ": one sample only";
+    }
 }
 
 TEST_F(Chart, GridLinesAndPenFollowTheSettings) {

@@ -145,17 +145,17 @@ TEST_F(MeterFace, NeedlePointsAlongItsValueFromRadius500To1000) {
 }
 
 TEST_F(MeterFace, NeedleIsPaintedOutOnlyWhenOneIsShown) {
-    // Width and value; face redrawn first; needle lines (E: erase in Dial_Color, N: new).
-    const std::tuple<int, std::int32_t, bool, std::string> steps[] = {{4, 1000, true, "N"},
-                                                                      {4, 2000, false, "EN"},
-                                                                      {0, 5000, false, ""},
-                                                                      {0, 6000, false, ""},
-                                                                      {3, 7000, false, "EN"}};
+    // Width stored and drawn (out of range: the default), value; face redrawn first; needle
+    // lines (E: erase in Dial_Color, N: new).
+    const std::tuple<int, int, std::int32_t, bool, std::string> steps[] = {
+        {4, 4, 1000, true, "N"},    {4, 4, 2000, false, "EN"}, {0, 0, 5000, false, ""},
+        {0, 0, 6000, false, ""},    {3, 3, 7000, false, "EN"}, {8, 8, 7500, false, "EN"},
+        {-5, 4, 8000, false, "EN"}, {9, 4, 8500, false, "EN"}, {32767, 4, 9000, false, "EN"}};
     lv::Draw_Panel(ctx);
     SurfaceCall shown;
-    for (const auto& [width, value, face, lines] : steps) {
+    for (const auto& [stored, width, value, face, lines] : steps) {
         fresh();
-        cfg.Needle_Width = static_cast<std::int16_t>(width);
+        cfg.Needle_Width = static_cast<std::int16_t>(stored);
         lv::Update_Needle(ctx, value);
         EXPECT_EQ(std::pair(surface.count(SurfaceOp::Clear), ps.redraw),
                   std::pair(face ? std::size_t{1} : 0, false));

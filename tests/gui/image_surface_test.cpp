@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 
 #include "display/dial_face.h"
 #include "display/needle_drawing.h"
@@ -65,6 +66,73 @@ TEST_F(ImageSurfaceTest, NeedleAtThreeOClockOnTheDrawnFace) {
     Update_Needle(ctx, 16384);
     EXPECT_EQ(at(750, 0), cfg.MainNeedle_Color) << "a quarter turn clockwise lies along +x";
     EXPECT_EQ(at(0, 750), cfg.Dial_Color) << "the fan straight up, no needle there";
+}
+
+// The needle swept across its whole range on every face, at the default width
+// and at the widest in a small window: outside the needle's own rectangle the
+// picture is the fresh face to the pixel; the needle never shows outside a
+// circular disc, and the hub ring stays above it.
+TEST(LayeredFace, SweptNeedleLeavesTheFaceAsDrawn) {
+    for (int width : {4, 8})
+        for (std::int32_t dial : {0, 1, 2, 3, 4})
+            for (std::int32_t scaleType : {0, 1}) {
+                Settings cfg;
+                cfg.DialType = dial;
+                cfg.ScaleType = scaleType;
+                cfg.Needle_Width = static_cast<std::int16_t>(width);
+                MeterState st;
+                NullDisplaySink sink;
+                const QSize size = width == 8 ? QSize(320, 200) : QSize(640, 400);
+                auto faceOn = [&](ImageSurface& s, PanelState& ps) {
+                    s.setScale(kPanelScale);
+                    s.setBackColour(cfg.Panel_Color);
+                    s.setEraseColour(cfg.Dial_Color);
+                    return PanelContext{s, cfg, st, sink, ps, [] { return ClockInputs{}; }};
+                };
+                ImageSurface fresh(size), swept(size);
+                PanelState freshState, sweptState;
+                PanelContext freshCtx = faceOn(fresh, freshState);
+                PanelContext ctx = faceOn(swept, sweptState);
+                Draw_Panel(freshCtx);
+                const std::string what = "dial " + std::to_string(dial) + " scale " +
+                                         std::to_string(scaleType) + " width " +
+                                         std::to_string(width);
+                const QPointF hub = fresh.toPixels(0, kCircularCentreY);
+                const qreal discR = fresh.toPixels(kCircularDiscRadius, 0).x() - size.width() / 2.0;
+                const qreal hubR = fresh.toPixels(35, 0).x() - size.width() / 2.0;
+                for (std::int32_t value = -10500; value <= 10500; value += 350) {
+                    Update_Needle(ctx, value);
+                    // An unknown dial's lamp takes whatever line width is in force.
+                    if (dial != 4) {
+                        Update_LED(swept, dial, cfg.Dial_Color);
+                        Update_LED(fresh, dial, cfg.Dial_Color);
+                    }
+                    const QImage a = fresh.image(), b = swept.image();
+                    const QRect needle = swept.needleRect();
+                    int outside = 0, beyondDisc = 0, onHub = 0;
+                    for (int y = 0; y < size.height(); ++y)
+                        for (int x = 0; x < size.width(); ++x) {
+                            if (a.pixel(x, y) == b.pixel(x, y)) continue;
+                            const qreal d = std::hypot(x + 0.5 - hub.x(), y + 0.5 - hub.y());
+                            if (!needle.contains(x, y)) ++outside;
+                            if (isCircularDial(dial) && d > discR + 1) ++beyondDisc;
+                            if (isCircularDial(dial) && std::abs(d - hubR) < 0.5) ++onHub;
+                        }
+                    ASSERT_EQ(outside, 0) << what << " value " << value;
+                    ASSERT_EQ(beyondDisc, 0) << what << " value " << value;
+                    ASSERT_EQ(onHub, 0) << what << " value " << value;
+                    const NeedleLine n = needleLine(value);
+                    const QPointF mid =
+                        swept.toPixels((n.innerX + n.outerX) / 2, (n.innerY + n.outerY) / 2);
+                    const bool shown =
+                        !isCircularDial(dial) ||
+                        std::hypot(mid.x() - hub.x(), mid.y() - hub.y()) < discR - width;
+                    if (shown) {
+                        ASSERT_EQ(b.pixelColor(mid.toPoint()), toQColor(cfg.MainNeedle_Color))
+                            << what << " value " << value;
+                    }
+                }
+            }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -19,7 +20,9 @@
 
 #include "app/qt_main_window.h"
 #include "display/needle_drawing.h"
+#include "recording/lvd_file.h"
 #include "recording/qt_rec_dialog.h"
+#include "recording/start_stamp.h"
 #include "support/temp_dir.h"
 
 namespace lv {
@@ -59,6 +62,13 @@ protected:
     test::TempDir m_dir{"lv_window"};
     MainWindow w;
 };
+
+TEST_F(MainWindowTest, FirstWindowFitsTheScreen) {
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    EXPECT_LE(w.height(), area.height());
+    EXPECT_LE(w.width(), area.width());
+    EXPECT_NEAR(w.chart()->height(), w.panel()->height() * 3 / 5, 2) << "shrunk together";
+}
 
 TEST_F(MainWindowTest, DemoModeShowsFaceNeedleAndChart) {
     EXPECT_EQ(w.windowTitle(), "lv_Analog");
@@ -107,8 +117,10 @@ TEST_F(MainWindowTest, BaseReadoutIsRedrawnOverItsOldText) {
 }
 
 TEST_F(MainWindowTest, TallWindowKeepsTheDialsShape) {
+    w.session().state().NeedleReset = false;
     w.resize(500, 900);
     QApplication::processEvents();
+    EXPECT_TRUE(w.session().state().NeedleReset) << "the redrawn dial re-takes the reference";
     const QImage picture = w.panel()->surface().image();
     EXPECT_NEAR(double(picture.width()) / picture.height(), 1.6, 0.01);
     EXPECT_GT(w.panel()->imageOrigin().y(), 10) << "centred, margins above and below";
@@ -116,6 +128,31 @@ TEST_F(MainWindowTest, TallWindowKeepsTheDialsShape) {
     EXPECT_EQ(colourOf(shot, w.panel()->mapTo(&w, QPoint(250, 2))), cfg().Background_Color)
         << "the margin is the window's background";
     EXPECT_EQ(colourOf(shot, needleMiddle(w.session().needle())), cfg().MainNeedle_Color);
+}
+
+TEST_F(MainWindowTest, RedrawDuringPlaybackShowsTheRecordingsTime) {
+    std::vector<lvdRecord> records(250);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        records[i].TimeMs = std::int32_t(i) * 20;
+        records[i].FrameType = 'P';
+        records[i].StatusFlags = packStatusFlags(0, false, false, cfg().DialType);
+    }
+    const std::string lvd = m_dir.file("play.lvd");
+    ASSERT_TRUE(
+        saveLvdRecords(lvd, records, startStampFor(cfg(), 10 * 3600 + 20 * 60 + 59, 9000)).saved);
+    w.store().values.AudioEnable = false;
+    ASSERT_TRUE(w.recording().player().Load_File(lvd));
+    w.recording().player().cmdPlay_Click();
+    ASSERT_EQ(w.session().state().RunMode, kRunPlayback);
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < 1200) QApplication::processEvents();
+    w.resize(w.width() - 40, w.height() - 40);
+    QApplication::processEvents();
+    // 10:20:59 plus a second played: 10:21.
+    const auto shown = panelClock(kRunPlayback, w.clockInputs());
+    ASSERT_TRUE(shown.has_value());
+    EXPECT_EQ(std::pair(shown->hour, shown->minute), std::pair(10, 21));
 }
 
 TEST_F(MainWindowTest, QuitClosesTheWindow) {
