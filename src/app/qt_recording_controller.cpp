@@ -66,7 +66,7 @@ RecordingController::RecordingController(RecordPanel& panel, Wiring wiring, QObj
     connect(&m_testStep, &QTimer::timeout, this, [this] { m_test->step(); });
 
     m_step.setTimerType(Qt::PreciseTimer);
-    m_step.setInterval(kPlayStepMs);
+    m_step.setSingleShot(true);
     connect(&m_step, &QTimer::timeout, this, [this] {
         m_player->step();
         syncTimers();
@@ -121,7 +121,7 @@ RecordingController::~RecordingController() = default;
 
 void RecordingController::syncTimers() {
     if (m_player->playing()) {
-        if (!m_step.isActive()) m_step.start();
+        if (!m_step.isActive()) m_step.start(m_player->msToNextStep());
     } else {
         m_step.stop();
     }

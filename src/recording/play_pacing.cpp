@@ -56,4 +56,13 @@ std::int32_t playEndAt(double fraction, std::int32_t recCount) {
     return static_cast<std::int32_t>(fraction * recCount);
 }
 
+int stepWaitMs(std::int32_t nextTimeMs, double audioMs, int idleSteps) {
+    const int shortest = idleSteps == 0                     ? 1
+                         : idleSteps < kIdleStepsBeforePoll ? 2
+                                                            : kStepPollMs;
+    const double until = std::ceil(nextTimeMs - kDueMarginMs - audioMs);
+    const int wait = until > kMaxStepWaitMs ? kMaxStepWaitMs : static_cast<int>(std::max(until, 0.0));
+    return std::max(wait, shortest);
+}
+
 }  // namespace lv

@@ -38,6 +38,16 @@ DueRecords dueRecords(std::span<const lvdRecord> records, std::int32_t next, std
 
 // More records fell due in one step than the lag limit allows: the display has
 // fallen behind the sound, as more frames than the limit waiting at once do live.
+// The pacing sleeps until the next record falls due, never longer than
+// kMaxStepWaitMs. A step that found nothing due (the sound's clock is reported
+// in steps, or has stalled) is followed by shorter waits, and after
+// kIdleStepsBeforePoll of them by a plain poll every kStepPollMs, so a sound
+// that stopped moving never turns the pacing into a busy loop.
+inline constexpr int kStepPollMs = 10;
+inline constexpr int kMaxStepWaitMs = 20;
+inline constexpr int kIdleStepsBeforePoll = 5;
+int stepWaitMs(std::int32_t nextTimeMs, double audioMs, int idleSteps);
+
 inline bool playbackLagged(std::int32_t recordsInStep, int lagLimit) {
     return recordsInStep > lagLimit;
 }

@@ -462,6 +462,7 @@ void Player::step() {
 
     const DueRecords due = dueRecords(b.valid(), b.RecIndex, std::min(b.RecCount, m_rs.playEnd),
                                       audioTimeMs(m_audioPosition, m_rs.AudioBytesPerSec));
+    m_idleSteps = due.count == 0 ? m_idleSteps + 1 : 0;
     if (due.count == 0) {
         // The sound has ended before the records: none of them will fall due.
         if (m_mode != AudioMode::Playing) {
@@ -487,6 +488,15 @@ void Player::step() {
 
     const std::int64_t seconds = audioSeconds(m_audioPosition, m_rs.AudioBytesPerSec);
     if (showPlayedSeconds(seconds)) showRecordingClock(seconds);
+}
+
+int Player::msToNextStep() const {
+    const RecBuffer& b = m_rs.buffer;
+    if (!playing() || m_mode != AudioMode::Playing || b.RecIndex < 1 || b.RecIndex > b.RecCount ||
+        m_rs.AudioBytesPerSec <= 0)
+        return kPlayStepMs;
+    return stepWaitMs(b(b.RecIndex).TimeMs, audioTimeMs(m_audioPosition, m_rs.AudioBytesPerSec),
+                      m_idleSteps);
 }
 
 void Player::endOfRange() {

@@ -6,6 +6,7 @@
 #include "common/display_sink.h"
 #include "common/prompter.h"
 #include "common/pump.h"
+#include "recording/play_pacing.h"
 #include "recording/record_panel_sink.h"
 #include "recording/recording_state.h"
 #include "settings/settings.h"
@@ -31,14 +32,14 @@ enum class PlayerKey {
 inline constexpr Colour kPlayTimeColour = 0;
 // The window's timers: the step while playing, and the one-shot skip timer
 // that restarts the sound once a run of quick skips has ended.
-inline constexpr int kPlayStepMs = 10;
+inline constexpr int kPlayStepMs = kStepPollMs;
 inline constexpr int kSkipTimerMs = 800;
 // How long the lag lamp stays on after playback fell behind.
 inline constexpr double kLagLampSeconds = 0.1;
 
 // Loads a recording with its sound and plays it back on the display, paced by
-// the sound's position. The window owns the timers: it runs step() every
-// kPlayStepMs while playing() and calls tmrSkip_Timer() kSkipTimerMs after the
+// the sound's position. The window owns the timers: while playing() it runs
+// step() again msToNextStep() after each step, and it calls tmrSkip_Timer() kSkipTimerMs after the
 // last restartSkipTimer.
 class Player {
 public:
@@ -80,6 +81,9 @@ public:
 
     // One pacing step: hands on the record due by the sound's position.
     void step();
+    // How long the window may wait before the next step: until the next
+    // record is due, so the pacing wakes once a record and not on a fixed beat.
+    int msToNextStep() const;
 
     PlayState state() const { return m_state; }
     bool playing() const { return m_state == PlayState::Playing; }  // the step timer runs
@@ -144,6 +148,7 @@ private:
     bool m_toldSoundLost = false;
     bool m_skipPending = false;   // a skip waits for the skip timer to restart the sound
     bool m_startingStep = false;  // the first step since the sound (re)started
+    int m_idleSteps = 0;          // steps in a row that found no record due
     int m_lampCode = -1;          // recorded lamp state last drawn; -1 draws the next one
     bool m_lagLampOn = false;
     double m_lagSince = 0;  // Timer() when the lag lamp went on
