@@ -5,6 +5,7 @@
 #include <QFileInfo>
 
 #include "device/link_status.h"
+#include "device/protocol.h"
 #include "signal/lamp_rules.h"
 #include "signal/needle_model.h"
 
@@ -41,9 +42,10 @@ LiveSession::LiveSession(SettingsStore& store, DisplaySink& display, Prompter& p
     m_lampOff = m_st.LedColour = store.values.Dial_Color;
     m_port.setReceiveHandler([this] {
         // Playback and the needle test own the display; the meter follows the
-        // played records, and its own frames would only fight them.
+        // played records, and its own frames would only fight them. They are
+        // not even read until the stream is started again (sendToMeter).
         if (m_st.RunMode == kRunPlayback) {
-            m_port.discardInput();
+            m_port.holdInput(true);
             return;
         }
         receiveEvent(m_ctx, m_port, *this);
@@ -52,6 +54,11 @@ LiveSession::LiveSession(SettingsStore& store, DisplaySink& display, Prompter& p
     m_reconnectTimer.setInterval(static_cast<int>(ReconnectPolicy::kPollSeconds * 1000));
     connect(&m_reconnectTimer, &QTimer::timeout, this, &LiveSession::pollReconnect);
     m_clock.start();
+}
+
+void LiveSession::sendToMeter(const std::string& line) {
+    if (line == protocol::commandLine(protocol::kStart)) m_port.holdInput(false);
+    m_port.write(line);
 }
 
 double LiveSession::secondsNow() const {

@@ -55,6 +55,9 @@ public:
     MeterState& state() { return m_st; }
     const MeterState& state() const { return m_st; }
     SerialPort& port() { return m_port; }
+    // A command for the meter. The start command gives the meter its stream
+    // back after a playback, so the input held meanwhile is read again.
+    void sendToMeter(const std::string& line);
     Pump& pump() { return m_pump; }
     const PortSearch& search() const { return m_search; }
     // True while the port search or a probe is talking to the meter.

@@ -32,8 +32,9 @@ namespace lv {
 
 namespace {
 
-// The meter sends 50 readings a second; the screen gains nothing from more.
-constexpr int kRepaintMs = 20;
+// The meter sends 50 readings a second; the screen gains nothing from more
+// frames than that, so one that follows its predecessor sooner waits.
+constexpr int kMinFrameGapMs = 15;
 // tmrClock: the clock shows minutes, and two silent ticks flag the link.
 constexpr int kClockMs = 800;
 // The dial's own shape and the size it is drawn for when nothing was saved.
@@ -145,7 +146,6 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
     connect(&m_session, &LiveSession::portsChanged, this, &MainWindow::refreshPortMenu);
     // Started by a new reading, so an idle window wakes for nothing.
     m_repaint.setSingleShot(true);
-    m_repaint.setInterval(kRepaintMs);
     m_repaint.setTimerType(Qt::PreciseTimer);
     connect(&m_repaint, &QTimer::timeout, this, &MainWindow::flush);
     m_clock.setObjectName("tmrClock");
@@ -216,7 +216,7 @@ void MainWindow::startRecording() {
     w.dummyPath = dummy ? dummy->string() : (m_options.exeDir / "dummy.mp3").string();
     w.showNeedle = [this](std::int32_t needle) { showSample(needle); };
     w.sendToMeter = [this](const std::string& line) {
-        m_session.port().write(line);
+        m_session.sendToMeter(line);
         return true;
     };
     m_recording = std::make_unique<RecordingController>(*m_recordPanel, std::move(w), this);
@@ -378,12 +378,23 @@ void MainWindow::showSample(std::int32_t needle) {
                      m_chart->surface().widthPixels(), m_store.values.GraphGain,
                      chartGain(m_session.state().SensPos));
     m_dirty = true;
-    if (m_started && !m_repaint.isActive()) m_repaint.start();
+    if (!m_started || m_flushPending) return;
+    m_flushPending = true;
+    // Drawn at the end of this turn of the event loop rather than on a timer
+    // of its own: a reading then costs one wake-up, and reaches the screen
+    // without waiting for the next one.
+    const qint64 since = m_lastFlush.isValid() ? m_lastFlush.elapsed() : kMinFrameGapMs;
+    if (since >= kMinFrameGapMs)
+        QMetaObject::invokeMethod(this, &MainWindow::flush, Qt::QueuedConnection);
+    else
+        m_repaint.start(static_cast<int>(kMinFrameGapMs - since));
 }
 
 void MainWindow::flush() {
+    m_flushPending = false;
     if (!m_dirty) return;
     m_dirty = false;
+    m_lastFlush.start();
     m_panel->updateDirty();
     if (m_store.values.GraphVisible) m_chart->updateDirty();
     ++m_frames;

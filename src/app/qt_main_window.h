@@ -1,4 +1,5 @@
 #pragma once
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QMainWindow>
 #include <QTimer>
@@ -112,6 +113,8 @@ private:
     QTimer m_repaint;
     QTimer m_clock;
     bool m_dirty = false;
+    bool m_flushPending = false;  // a flush is queued or timed
+    QElapsedTimer m_lastFlush;
     bool m_started = false;
     bool m_unattended = false;
     bool m_closed = false;

@@ -1,5 +1,7 @@
 #include "device/qt_serial_port.h"
 
+#include <termios.h>
+
 namespace lv {
 
 QtSerialPort::QtSerialPort(QObject* parent) : QObject(parent) {
@@ -24,6 +26,7 @@ bool QtSerialPort::open() {
     m_port.setStopBits(QSerialPort::OneStop);
     m_port.setFlowControl(QSerialPort::NoFlowControl);
     m_port.setReadBufferSize(0);
+    m_held = false;
     if (!m_port.open(QIODevice::ReadWrite)) {
         m_lastError = m_port.errorString();
         m_port.clearError();
@@ -39,6 +42,7 @@ bool QtSerialPort::open() {
 }
 
 void QtSerialPort::close() {
+    holdInput(false);
     if (m_port.isOpen()) m_port.close();
 }
 
@@ -58,6 +62,7 @@ std::string QtSerialPort::read(int maxBytes) {
 
 void QtSerialPort::write(std::string_view bytes) {
     if (!m_port.isOpen()) return;
+    if (m_held) ::tcflush(m_port.handle(), TCIFLUSH);
     m_port.write(bytes.data(), static_cast<qint64>(bytes.size()));
     m_port.flush();
 }
@@ -70,7 +75,20 @@ void QtSerialPort::setThreshold(int threshold) {
     m_threshold = threshold;
 }
 
+void QtSerialPort::holdInput(bool hold) {
+    if (hold == m_held) return;
+    m_held = hold;
+    // With a read buffer of one byte QSerialPort stops watching the port
+    // once that byte is in, until the buffer is read.
+    m_port.setReadBufferSize(hold ? 1 : 0);
+    if (!hold && m_port.isOpen()) {
+        m_port.clear(QSerialPort::Input);
+        m_port.readAll();  // watching the port again
+    }
+}
+
 void QtSerialPort::onReadyRead() {
+    if (m_held) return;
     if (m_threshold > 0 && m_port.bytesAvailable() >= m_threshold) fireReceive();
 }
 

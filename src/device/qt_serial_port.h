@@ -28,6 +28,12 @@ public:
     void setThreshold(int threshold) override;
     int threshold() const override { return m_threshold; }
 
+    // While the meter follows a playback its frames are of no use: held
+    // input is not read (so it wakes nothing), and is thrown away in the
+    // kernel before each command instead. Releasing starts reading afresh.
+    void holdInput(bool hold);
+    bool inputHeld() const { return m_held; }
+
     // Why the last open failed, or why the port was dropped.
     QString lastError() const { return m_lastError; }
 
@@ -44,6 +50,7 @@ private:
     QString m_path;
     QString m_lastError;
     int m_threshold = 0;
+    bool m_held = false;
 };
 
 }  // namespace lv
