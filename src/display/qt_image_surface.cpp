@@ -26,7 +26,9 @@ void ImageSurface::endPainters() {
 void ImageSurface::resize(QSize size, qreal devicePixelRatio) {
     endPainters();
     m_size = size.expandedTo(QSize(1, 1));
-    m_image = QImage(m_size * devicePixelRatio, QImage::Format_ARGB32_Premultiplied);
+    // Opaque: the window's backing store takes it as a plain copy, where an
+    // image with alpha would be blended pixel by pixel on every repaint.
+    m_image = QImage(m_size * devicePixelRatio, QImage::Format_RGB32);
     m_image.setDevicePixelRatio(devicePixelRatio);
     m_image.fill(toQColor(state().back));
     // A new size starts without layers; the next face drawn brings them back.
@@ -176,7 +178,7 @@ void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
 
 void ImageSurface::surroundFor(QPointF centre, qreal radius) {
     if (!m_surround.isNull() && m_surroundAt == QRectF(centre, QSizeF(radius, radius))) return;
-    m_surround = m_face.copy();
+    m_surround = m_face.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     QPainter p(&m_surround);
     p.setRenderHint(QPainter::Antialiasing);
     p.setCompositionMode(QPainter::CompositionMode_DestinationOut);
