@@ -54,6 +54,7 @@ public:
     // Where the recovery journal is kept (the data folder). Without one,
     // nothing is journalled.
     void setRecoveryFolder(std::filesystem::path dataFolder);
+    const RecoveryJournal& journal() const { return m_journal; }
     // Called whenever SuffixNum has moved on, so that it reaches the settings
     // file at once: a crash must not hand out a number that is in use.
     void setNumberingSaver(std::function<void()> save) { m_saveNumbering = std::move(save); }

@@ -212,6 +212,7 @@ bool RecoveryJournal::open(const fs::path& folder, const Header& header) {
     if (inUse(folder / kRecordsFile) || find(folder)) return false;
     m_folder = folder;
     m_failed = false;
+    m_flushes = 0;
     constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
     m_records = ::open((folder / kRecordsFile).c_str(), kFlags, 0644);
     m_audio = ::open((folder / kAudioFile).c_str(), kFlags, 0644);
@@ -256,6 +257,7 @@ bool RecoveryJournal::flush() {
     if (!isOpen() || m_failed) return false;
     // The data, not the file times: that is all a recovery needs.
     if (::fdatasync(m_records) != 0 || ::fdatasync(m_audio) != 0) m_failed = true;
+    if (!m_failed) ++m_flushes;
     return !m_failed;
 }
 

@@ -68,6 +68,9 @@ public:
     void appendAudio(std::string_view pcm);
     // Everything written so far onto the disk itself.
     bool flush();
+    // How many flushes reached the disk since open: what a crash can lose
+    // is what was written after the last one.
+    int durableFlushes() const { return m_flushes; }
     // Flushes and closes; the files stay for a later recovery.
     void close();
     // Closes and removes the files of the folder last opened.
@@ -97,6 +100,7 @@ private:
     std::filesystem::path m_folder;
     int m_records = -1;
     int m_audio = -1;
+    int m_flushes = 0;
     bool m_failed = false;  // a write failed: the journal is given up, the recording is not
 };
 
