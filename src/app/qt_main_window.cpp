@@ -32,9 +32,6 @@ namespace lv {
 
 namespace {
 
-// The meter sends 50 readings a second; the screen gains nothing from more
-// frames than that, so one that follows its predecessor sooner waits.
-constexpr int kMinFrameGapMs = 15;
 // tmrClock: the clock shows minutes, and two silent ticks flag the link.
 constexpr int kClockMs = 800;
 // The dial's own shape and the size it is drawn for when nothing was saved.
@@ -147,6 +144,7 @@ MainWindow::MainWindow(StartOptions options, QWidget* parent)
     // Started by a new reading, so an idle window wakes for nothing.
     m_repaint.setSingleShot(true);
     m_repaint.setTimerType(Qt::PreciseTimer);
+    m_frameClock.start();
     connect(&m_repaint, &QTimer::timeout, this, &MainWindow::flush);
     m_clock.setObjectName("tmrClock");
     m_clock.setInterval(kClockMs);
@@ -383,18 +381,19 @@ void MainWindow::showSample(std::int32_t needle) {
     // Drawn at the end of this turn of the event loop rather than on a timer
     // of its own: a reading then costs one wake-up, and reaches the screen
     // without waiting for the next one.
-    const qint64 since = m_lastFlush.isValid() ? m_lastFlush.elapsed() : kMinFrameGapMs;
-    if (since >= kMinFrameGapMs)
+    // The screen gains nothing from more frames than the meter's 50 a second.
+    const std::int64_t wait = m_pacer.waitMs(m_frameClock.elapsed());
+    if (wait == 0)
         QMetaObject::invokeMethod(this, &MainWindow::flush, Qt::QueuedConnection);
     else
-        m_repaint.start(static_cast<int>(kMinFrameGapMs - since));
+        m_repaint.start(static_cast<int>(wait));
 }
 
 void MainWindow::flush() {
     m_flushPending = false;
     if (!m_dirty) return;
     m_dirty = false;
-    m_lastFlush.start();
+    m_pacer.drawn(m_frameClock.elapsed());
     m_panel->updateDirty();
     if (m_store.values.GraphVisible) m_chart->updateDirty();
     ++m_frames;

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "app/clock_watchdog.h"
+#include "app/frame_pacer.h"
 #include "app/qt_live_session.h"
 #include "app/qt_main_menus.h"
 #include "app/qt_recording_controller.h"
@@ -114,7 +115,8 @@ private:
     QTimer m_clock;
     bool m_dirty = false;
     bool m_flushPending = false;  // a flush is queued or timed
-    QElapsedTimer m_lastFlush;
+    QElapsedTimer m_frameClock;
+    FramePacer m_pacer;
     bool m_started = false;
     bool m_unattended = false;
     bool m_closed = false;
