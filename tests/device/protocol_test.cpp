@@ -2,6 +2,7 @@
 
 #include <tuple>
 
+#include "device/port_candidates.h"
 #include "device/protocol.h"
 
 namespace lv::protocol {
@@ -61,6 +62,12 @@ TEST(PlaybackLine, FieldsByRuleAndTheDialNeedleCommand) {
         EXPECT_EQ(playbackLine(needle, counting, quarter, base, flags), line);
     EXPECT_EQ(dialNeedleCommand(198), "0C6N");
     EXPECT_EQ(dialNeedleCommand(4095), "FFFN");
+}
+
+TEST(PortCandidates, CommandLineThenEnvironmentThenSystemWithoutRepeats) {
+    EXPECT_EQ(portCandidates({"/tmp/a", "/tmp/b"}, "/tmp/c::/tmp/a:", {"/dev/ttyUSB0", "/tmp/b"}),
+              (std::vector<std::string>{"/tmp/a", "/tmp/b", "/tmp/c", "/dev/ttyUSB0"}));
+    EXPECT_TRUE(portCandidates({}, "", {}).empty());
 }
 
 }  // namespace
