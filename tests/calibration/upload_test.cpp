@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <numeric>
 
 #include "calibration/intel_hex.h"

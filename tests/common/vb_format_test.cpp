@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-#include <tuple>
-
 namespace {
 
 // Base "0.0#": the second decimal only when it is not zero; BD "#0.0" and "000". Halves away

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include "device/com_input.h"
 #include "device/protocol.h"
 #include "device/receive_event.h"
@@ -65,7 +63,7 @@ TEST_F(ComInputTest, DecodesEveryFieldOfAFrameOnceItsReturnArrives) {
     EXPECT_EQ(display.only("Knob("), Strings{"Knob(21)"});
 }
 
-TEST_F(ComInputTest, OnlyTheLastWaitingLineIsDecodedAndLagFollowsTheLimit) {
+TEST_F(ComInputTest, OnlyTheLastWaitingLineOrAReferenceIsDecodedAndLagFollowsTheLimit) {
     for (auto [waiting, lagLimit, lag] :
          {std::tuple{2, 1, true}, {2, 2, false}, {6, 5, true}, {5, 5, false}, {1, 1, false}}) {
         fresh();
@@ -80,10 +78,7 @@ TEST_F(ComInputTest, OnlyTheLastWaitingLineIsDecodedAndLagFollowsTheLimit) {
         EXPECT_EQ(st.GoodFrames, lag ? 1 : 4) << "lag restarts the count at this frame";
         EXPECT_TRUE(st.pendingText.empty());
     }
-}
-
-TEST_F(ComInputTest, AReferenceFrameIsNeverSkippedForALaterOne) {
-    feed(frame(500, 0, 0, 'O') + frame(700));
+    feed(frame(500, 0, 0, 'O') + frame(700));  // a reference frame is never skipped
     EXPECT_EQ(st.RawNeedle, 500);
     EXPECT_TRUE(st.ReferencePending);
     st.ReferencePending = false;

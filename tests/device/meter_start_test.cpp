@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <map>
 
 #include "device/version_exchange.h"
 #include "support/fake_pump.h"
@@ -14,22 +13,14 @@ namespace {
 
 using Pieces = std::vector<std::pair<double, std::string>>;  // seconds after the line, text
 
-struct Sent {
-    std::string line;
-    double at;  // seconds after the start of the sequence
-    bool operator==(const Sent& o) const { return line == o.line && std::abs(at - o.at) < 1e-6; }
-};
-
-void PrintTo(const Sent& s, std::ostream* os) {
-    *os << s.line.substr(0, s.line.size() - 1) << "@" << s.at;
-}
+using Sent = std::pair<std::string, long>;  // a line and when, in ms after the start
 
 // A meter that answers each line it is sent with pieces of text at set times.
 class MeterTalk : public ::testing::Test {
 protected:
     MeterTalk() {
         port.onWrite = [this](const std::string& line) {
-            sent.push_back({line, pump.now() - t0});
+            sent.push_back({line, std::lround((pump.now() - t0) * 1000)});
             for (const auto& [delay, text] : replies[line])
                 pump.after(delay, [this, text] { port.input += text; });
         };
@@ -49,13 +40,13 @@ protected:
 };
 
 TEST_F(MeterTalk, StartSequenceByHardwareCodeAfterReopeningThePort) {
-    constexpr double tick = 0.054;
+    // One tick is 54 ms.
     const std::tuple<const char*, bool, std::vector<Sent>> cases[] = {
         {"40", false, {{"U\r", 0}}},
         {"2A", true, {{"U\r", 0}}},
-        {"3A", false, {{"U\r", 10 * tick}, {"R\r", 10 * tick}}},
-        {"31", false, {{"SL\r", 10 * tick}, {"U\r", 20 * tick}, {"R\r", 30 * tick}}},
-        {"31", true, {{"SR\r", 10 * tick}, {"U\r", 20 * tick}, {"R\r", 30 * tick}}},
+        {"3A", false, {{"U\r", 540}, {"R\r", 540}}},
+        {"31", false, {{"SL\r", 540}, {"U\r", 1080}, {"R\r", 1620}}},
+        {"31", true, {{"SR\r", 540}, {"U\r", 1080}, {"R\r", 1620}}},
         {"99", false, {}}};  // unknown: nothing sent, the port left closed
     for (const auto& [code, remote, expected] : cases) {
         SCOPED_TRACE(std::string(code) + (remote ? " remote" : " local"));
@@ -74,8 +65,8 @@ TEST_F(MeterTalk, StartSequenceByHardwareCodeAfterReopeningThePort) {
 TEST_F(MeterTalk, ProbeQuietensTheMeterThenAsksItsVersion) {
     replies = {{"Q\r", {{0.01, "P12342A5000F\r"}}}, {"V\r", {{0.2, "V,LV40,1,2\r"}}}};
     EXPECT_TRUE(probeMeter(port, pump, info));
-    constexpr double q1 = 10 * 0.054, q2 = q1 + 2 * 0.054, v = q2 + 0.1;
-    EXPECT_EQ(sent, (std::vector<Sent>{{"Q\r", q1}, {"Q\r", q2}, {"V\r", v}}));
+    EXPECT_EQ(sent, (std::vector<Sent>{{"Q\r", 540}, {"Q\r", 648}, {"V\r", 748}}))
+        << "ten ticks, two more, then 0.1 s";
     EXPECT_EQ(info.code, "40");
     EXPECT_TRUE(port.isOpen());
     // A port that will not open is not a meter (a silent one: see the meter link test).

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <vector>
-
 #include "device/receive_event.h"
 #include "support/fake_audio_track.h"
 #include "support/recording_display.h"

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include "device/port_candidates.h"
 #include "device/protocol.h"
 

@@ -2,9 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <string>
-#include <tuple>
-#include <vector>
 
 #include "signal/lamp_rules.h"
 #include "signal/needle_model.h"
