@@ -26,22 +26,13 @@ struct Rig {
     DialCalibrator cal;
 };
 
-std::vector<int> nominalList(int scaleType) {
-    std::vector<int> list;
-    for (int i = 1; i < scalePointCount(scaleType) - 1; ++i)
-        list.push_back(nominalPoint(scaleType, i));
-    return list;
-}
-
 TEST(CorrectionTable, InterpolatesBetweenCalibratedMarks) {
-    const auto identity = buildCorrectionTable(workPoints(nominalList(1), 1), 1);
+    const auto identity = Rig(1).cal.takeOver();  // every mark where it should be
     for (int k = 0; k < kTableEntries; ++k) ASSERT_EQ(identity[static_cast<std::size_t>(k)], k);
-
-    auto list = nominalList(0);
-    list[0] = 199;   // 99 * (199 / 198) is 99.49999999999999 and rounds to 99; the
-                     // product first would be 99.5 and, halves to even, 100
-    list[5] = 2050;  // the centre mark (nominal 2048) found 2 drive units higher
-    const auto t = buildCorrectionTable(workPoints(list, 0), 0);
+    // The first mark at 199: 99 * (199 / 198) is 99.49999999999999 and rounds to 99; the
+    // product first would be 99.5 and, halves to even, 100. The centre mark (nominal 2048)
+    // found 2 drive units higher.
+    const auto t = Rig(0, {199, 0, 0, 0, 0, 2050}).cal.takeOver();
     // 1678 + (i - 1678) * 372/370 below the centre, 2050 + (i - 2048) * 368/370 above.
     const std::pair<int, int> cases[] = {{99, 99},     {198, 199},   {1678, 1678},
                                          {1863, 1864}, {2048, 2050}, {2233, 2234},
