@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "calibration/correction_table.h"
 #include "support/fake_pump.h"
 #include "support/scripted_port.h"
 
@@ -25,10 +26,26 @@ struct Rig {
     DialCalibrator cal;
 };
 
+TEST(CorrectionTable, InterpolatesBetweenCalibratedMarks) {
+    const auto identity = Rig(1).cal.takeOver();  // every mark where it should be
+    for (int k = 0; k < kTableEntries; ++k) ASSERT_EQ(identity[static_cast<std::size_t>(k)], k);
+    // The first mark at 199: 99 * (199 / 198) is 99.49999999999999 and rounds to 99; the
+    // product first would be 99.5 and, halves to even, 100. The centre mark (nominal 2048)
+    // found 2 drive units higher.
+    const auto t = Rig(0, {199, 0, 0, 0, 0, 2050}).cal.takeOver();
+    // 1678 + (i - 1678) * 372/370 below the centre, 2050 + (i - 2048) * 368/370 above.
+    const std::pair<int, int> cases[] = {{99, 99},     {198, 199},   {1678, 1678},
+                                         {1863, 1864}, {2048, 2050}, {2233, 2234},
+                                         {2418, 2418}, {0, 0},       {4095, 4095}};
+    for (const auto& [index, entry] : cases)
+        EXPECT_EQ(t[static_cast<std::size_t>(index)], entry) << index;
+}
+
 TEST(DialCalibration, LoadListsTheInnerPointsAndDrivesTheFirst) {
-    Rig closed(0, {}, false);  // a closed port is not put into scale mode
+    // A stored 0 shows the nominal drive; a closed port is not put into scale mode.
+    Rig closed(0, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3900}, false);
     EXPECT_EQ(closed.cal.values(),
-              (std::vector<int>{198, 568, 938, 1308, 1678, 2048, 2418, 2788, 3158, 3528, 3898}));
+              (std::vector<int>{198, 568, 938, 1308, 1678, 2048, 2418, 2788, 3158, 3528, 3900}));
     EXPECT_EQ(closed.port.written, Lines{"0C6N\r"});
     EXPECT_EQ(closed.angles, std::vector<std::int32_t>{-10012});
 

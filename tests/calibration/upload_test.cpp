@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <numeric>
 
+#include "calibration/intel_hex.h"
 #include "support/fake_pump.h"
 #include "support/scripted_port.h"
 #include "support/scripted_prompter.h"
@@ -14,6 +14,7 @@ namespace {
 
 using Question = test::ScriptedPrompter::Question;
 using Lines = std::vector<std::string>;
+using Pieces = std::vector<std::pair<double, std::string>>;  // seconds from now, text
 const Question kComplete{"Firmware Upload", "Upload Complete", Buttons::Ok, Icon::Information};
 const Question kInterrupted{"Firmware Upload",
                             "Upload was interrupted, your meter may not function properly.\n"
@@ -53,6 +54,41 @@ struct Rig {
     std::vector<int> progress;
 };
 
+// Checksums worked out by hand; lower-case digits are read, upper-case written.
+TEST(IntelHex, ParsesGoodLinesFormatsThemBackAndRejectsBadOnesWithTheReason) {
+    const struct {
+        std::string line;
+        HexRecord record;
+    } cases[] = {{":06e0000000000100ff0119", {HexRecordType::Data, 0xE000, {0, 0, 1, 0, 0xFF, 1}}},
+                 {":020000040800F2", {HexRecordType::ExtendedLinearAddress, 0, {0x08, 0}}},
+                 {":00000001FF", {HexRecordType::EndOfFile, 0, {}}},
+                 {":0000000AF6", {static_cast<HexRecordType>(0x0A), 0, {}}}};
+    for (const auto& c : cases) {
+        HexLineError error = HexLineError::BadChecksum;
+        const auto record = parseHexLine(c.line, &error);
+        ASSERT_TRUE(record.has_value()) << c.line;
+        EXPECT_EQ(error, HexLineError::None);
+        EXPECT_EQ(*record, c.record) << c.line;
+    }
+    EXPECT_EQ(formatHexRecord(cases[0].record), ":06E0000000000100FF0119");
+    EXPECT_EQ(formatExtendedLinearAddress(0x0800), ":020000040800F2");
+    EXPECT_EQ(formatEndOfFile(), ":00000001FF");
+    // 16 bytes of 0xFF at 0xFFF0: 0x10 + 0xFF + 0xF0 + 16 * 0xFF = 0x11EF.
+    EXPECT_EQ(formatDataRecord(0xFFF0, std::vector<std::uint8_t>(16, 0xFF)),
+              ":10FFF000" + std::string(32, 'F') + "11");
+    using enum HexLineError;
+    const std::pair<const char*, HexLineError> bad[] = {
+        {" :00000001FF", MissingColon}, {":00000001F", OddDigits},
+        {":00000001FF\r", NotHex},      {":00 000001FF", NotHex},
+        {":000001FF", TooShort},        {":0200000400FA", CountMismatch},
+        {":01000001FF", CountMismatch}, {":00000001FE", BadChecksum}};
+    for (const auto& [line, expected] : bad) {
+        HexLineError error = None;
+        EXPECT_FALSE(parseHexLine(line, &error).has_value()) << line;
+        EXPECT_EQ(error, expected) << line << ": " << hexLineErrorText(error);
+    }
+}
+
 TEST(Upload, SendsEveryLineInAddressOrder) {
     Rig r;
     r.prompter.answers = {Answer::Ok};
@@ -77,60 +113,53 @@ TEST(Upload, SendsEveryLineInAddressOrder) {
     EXPECT_LT(r.pump.waited, 0.2 + 515 * 0.004);
 }
 
+// A refused record is resent on Retry and ends the upload on Cancel; a loader that does not
+// answer its key ends it before any record.
 TEST(Upload, ARefusedLineIsResentOnRetryAndEndsTheUploadOnCancel) {
-    const std::string line = ":10E09000480049004A004B004C004D004E004F0024";  // record 9
-    for (const auto& [reply, answer] :
-         {std::pair{"FAIL", Answer::Retry}, {"", Answer::Retry}, {"FAIL", Answer::Cancel}}) {
+    const std::string record9 = ":10E09000480049004A004B004C004D004E004F0024";
+    const Question error{"Firmware Upload", "Error sending " + record9, Buttons::RetryCancel,
+                         Icon::Information};
+    const Question noLoader{"Firmware Upgrade",
+                            "Hardware not responding, check connections, try again ",
+                            Buttons::OkCancel, Icon::Information};
+    const std::tuple<std::string, const char*, Answer, std::size_t, Question> cases[] = {
+        {record9, "FAIL", Answer::Retry, 517, error},
+        {record9, "", Answer::Retry, 517, error},
+        {record9, "FAIL", Answer::Cancel, 13, error},
+        {kKey, "", Answer::Cancel, 2, noLoader}};
+    for (const auto& [line, reply, answer, sent, question] : cases) {
+        SCOPED_TRACE(sent);
         Rig r;
+        r.staleAfterEntry = "PASS\r";  // arrives during the drain: not the key's answer
         r.answers[line] = {reply};
         r.prompter.answers = {answer, Answer::Ok};
         const bool retry = answer == Answer::Retry;
         EXPECT_EQ(r.run(), retry);
         const Lines& w = r.port.written;
-        ASSERT_EQ(w.size(), retry ? 517u : 13u);
-        EXPECT_EQ(Lines(w.begin() + 12, w.begin() + (retry ? 14 : 13)),
+        ASSERT_EQ(w.size(), sent);  // the refused line sent last, or twice where record 9 goes
+        EXPECT_EQ(Lines(w.begin() + sent - (retry ? 505 : 1), w.begin() + sent - (retry ? 503 : 0)),
                   Lines(retry ? 2 : 1, line + "\r"));
-        const Question error{"Firmware Upload", "Error sending " + line, Buttons::RetryCancel,
-                             Icon::Information};
-        EXPECT_EQ(r.prompter.asked, (std::vector{error, retry ? kComplete : kInterrupted}));
+        EXPECT_EQ(r.prompter.asked, (std::vector{question, retry ? kComplete : kInterrupted}));
     }
 }
 
-TEST(Upload, CancelAtLoaderEntrySendsNoRecord) {
-    Rig r;
-    r.staleAfterEntry = "PASS\r";  // arrives during the drain: not the key's answer
-    r.answers[kKey] = {""};
-    r.prompter.answers = {Answer::Cancel, Answer::Ok};
-    EXPECT_FALSE(r.run());
-    EXPECT_EQ(r.port.written, (Lines{"H\r", kKey + "\r"}));
-    const Question noLoader{"Firmware Upgrade",
-                            "Hardware not responding, check connections, try again ",
-                            Buttons::OkCancel, Icon::Information};
-    EXPECT_EQ(r.prompter.asked, (std::vector{noLoader, kInterrupted}));
-}
-
 TEST(Upload, AcknowledgeEndsAtALoneCrOrAtTheDeadline) {
-    const struct {
-        double start;
-        std::vector<std::pair<double, std::string>> pieces;
-        double ends;
-        bool pass;
-    } cases[] = {
+    // Start of the clock, pieces of answer, seconds until the end, passed.
+    const std::tuple<double, Pieces, double, bool> cases[] = {
         {36000, {{0.01, "PASS\r"}}, 0.3, true},  // whole: waited out
         {36000, {{0.01, "PASS"}, {0.015, "\r"}}, 0.015, true},
         {36000, {{0.01, "FAIL"}, {0.015, "\r"}}, 0.015, false},
         {36000, {}, 0.3, false},
         {36000, {{0.05, "\r"}, {0.1, "PASS\r"}}, 0.05, false},
-        {86399.9, {{0.01, "PASS\r"}}, 0.3, true},  // across midnight
-    };
-    for (const auto& c : cases) {
+        {86399.9, {{0.01, "PASS\r"}}, 0.3, true}};  // across midnight
+    for (const auto& [start, pieces, ends, pass] : cases) {
         test::ScriptedPort port;
-        test::FakePump pump(c.start);
-        for (const auto& [at, piece] : c.pieces)
+        test::FakePump pump(start);
+        for (const auto& [at, piece] : pieces)
             pump.after(at, [&port, p = piece] { port.input += p; });
-        EXPECT_EQ(Acknowledge(port, pump), c.pass);
-        const double took = pump.now() - c.start + (pump.now() < c.start ? 86400 : 0);
-        EXPECT_NEAR(took, c.ends, 0.0015) << c.start << " " << c.pieces.size();
+        EXPECT_EQ(Acknowledge(port, pump), pass);
+        const double took = pump.now() - start + (pump.now() < start ? 86400 : 0);
+        EXPECT_NEAR(took, ends, 0.0015) << start << " " << pieces.size();
     }
 }
 

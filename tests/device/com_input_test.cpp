@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 #include "device/com_input.h"
 #include "device/protocol.h"
+#include "device/receive_event.h"
 #include "support/recording_display.h"
 #include "support/scripted_port.h"
 
@@ -64,7 +63,7 @@ TEST_F(ComInputTest, DecodesEveryFieldOfAFrameOnceItsReturnArrives) {
     EXPECT_EQ(display.only("Knob("), Strings{"Knob(21)"});
 }
 
-TEST_F(ComInputTest, OnlyTheLastWaitingLineIsDecodedAndLagFollowsTheLimit) {
+TEST_F(ComInputTest, OnlyTheLastWaitingLineOrAReferenceIsDecodedAndLagFollowsTheLimit) {
     for (auto [waiting, lagLimit, lag] :
          {std::tuple{2, 1, true}, {2, 2, false}, {6, 5, true}, {5, 5, false}, {1, 1, false}}) {
         fresh();
@@ -79,10 +78,7 @@ TEST_F(ComInputTest, OnlyTheLastWaitingLineIsDecodedAndLagFollowsTheLimit) {
         EXPECT_EQ(st.GoodFrames, lag ? 1 : 4) << "lag restarts the count at this frame";
         EXPECT_TRUE(st.pendingText.empty());
     }
-}
-
-TEST_F(ComInputTest, AReferenceFrameIsNeverSkippedForALaterOne) {
-    feed(frame(500, 0, 0, 'O') + frame(700));
+    feed(frame(500, 0, 0, 'O') + frame(700));  // a reference frame is never skipped
     EXPECT_EQ(st.RawNeedle, 500);
     EXPECT_TRUE(st.ReferencePending);
     st.ReferencePending = false;
@@ -132,7 +128,7 @@ TEST_F(ComInputTest, BadFramesShowInputErrorAndChangeNoReading) {
     }
 }
 
-TEST_F(ComInputTest, TooMuchWaitingInputIsDroppedUndecoded) {
+TEST_F(ComInputTest, TooMuchWaitingInputIsDroppedUndecodedAndNothingPilesUp) {
     test::ScriptedPort port;
     st.pendingText = "P12";
     st.GoodFrames = 4;
@@ -150,6 +146,10 @@ TEST_F(ComInputTest, TooMuchWaitingInputIsDroppedUndecoded) {
     Com_Input(ctx, port);
     EXPECT_EQ(st.RawNeedle, 9999);
     EXPECT_FALSE(st.DataSilent);
+    feed(std::string(50, 'Z'), 1000);  // endless text without returns does not pile up
+    EXPECT_LE(st.pendingText.size(), 300u);
+    feed("\r" + frame(1234));
+    EXPECT_EQ(st.RawNeedle, 1234);
 }
 
 TEST_F(ComInputTest, StatusDigitDrivesLampAndBdCounting) {
@@ -193,11 +193,29 @@ TEST_F(ComInputTest, TheRecorderIsFedOnlyWhileRecording) {
     EXPECT_EQ(std::pair(tap.counted, tap.taken.size()), std::pair(4, std::size_t{1}));
 }
 
-TEST_F(ComInputTest, EndlessTextWithoutReturnsDoesNotPileUp) {
-    feed(std::string(50, 'Z'), 1000);
-    EXPECT_LE(st.pendingText.size(), 300u);
-    feed("\r" + frame(1234));
-    EXPECT_EQ(st.RawNeedle, 1234);
+TEST_F(ComInputTest, TheReceiveEventDisarmsWhileRunningAndRearmsWithAMeter) {
+    struct Consumer : SampleConsumer {
+        std::function<void()> run;
+        void onNewSample() override { run(); }
+    };
+    for (auto [portNumber, input, samples, after] :
+         {std::tuple{1, frame(30000), 1u, kReceiveThreshold},
+          {1, std::string("P1234\r"), 0u, kReceiveThreshold},
+          {0, frame(30000), 1u, 0}}) {
+        fresh();
+        st.PortNumber = static_cast<std::int16_t>(portNumber);
+        test::ScriptedPort port;
+        std::vector<int> seen;  // the threshold each sample found the port with
+        Consumer consumer;
+        consumer.run = [&] { seen.push_back(port.threshold()); };
+        port.setReceiveHandler([&] { receiveEvent(ctx, port, consumer); });
+        port.setThreshold(kSearchThreshold);
+        port.deliver(input);
+        EXPECT_EQ(seen, std::vector<int>(samples, 0));
+        // The per-sample step ran before the consumer: the filter holds the reading.
+        EXPECT_EQ(samples ? st.FilteredNeedle : 30000, 30000);
+        EXPECT_EQ(port.threshold(), after);
+    }
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <tuple>
-
+#include "device/port_candidates.h"
 #include "device/protocol.h"
 
 namespace lv::protocol {
@@ -48,7 +47,7 @@ TEST(VersionReply, KeepsCommaToCapitalZAndNeedsTheHeader) {
     }
 }
 
-TEST(PlaybackLine, FieldsByRuleAndTheDialNeedleCommand) {
+TEST(PlaybackLine, FieldsByRule) {
     // (needle x 1024) / 5542 truncated, + 2048, kept to 0..4095; BD quarters in three or more
     // digits while counting; Base as "0.00" without the point; flags as their last hex digit.
     const std::tuple<std::int32_t, bool, std::int32_t, const char*, int, const char*> cases[] = {
@@ -59,8 +58,12 @@ TEST(PlaybackLine, FieldsByRuleAndTheDialNeedleCommand) {
         {0, false, 0, "0.5", 1, "P800   0501\r"}};
     for (const auto& [needle, counting, quarter, base, flags, line] : cases)
         EXPECT_EQ(playbackLine(needle, counting, quarter, base, flags), line);
-    EXPECT_EQ(dialNeedleCommand(198), "0C6N");
-    EXPECT_EQ(dialNeedleCommand(4095), "FFFN");
+}
+
+TEST(PortCandidates, CommandLineThenEnvironmentThenSystemWithoutRepeats) {
+    EXPECT_EQ(portCandidates({"/tmp/a", "/tmp/b"}, "/tmp/c::/tmp/a:", {"/dev/ttyUSB0", "/tmp/b"}),
+              (std::vector<std::string>{"/tmp/a", "/tmp/b", "/tmp/c", "/dev/ttyUSB0"}));
+    EXPECT_TRUE(portCandidates({}, "", {}).empty());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/display_sink.h"
@@ -14,27 +15,20 @@ class RecordingDisplay : public lv::DisplaySink {
 public:
     std::vector<std::string> calls;
 
-    void Update_BaseDisplay(const std::string& text) override {
-        calls.push_back("Base(" + text + ")");
+    void Update_BaseDisplay(const std::string& t) override { calls.push_back("Base(" + t + ")"); }
+    void Update_BdDisplay(const std::string& t) override { calls.push_back("Bd(" + t + ")"); }
+    void Update_ModeDisplay(const std::string& t, Colour c) override {
+        calls.push_back("Mode(" + t + "," + std::to_string(c) + ")");
     }
-    void Update_BdDisplay(const std::string& text) override { calls.push_back("Bd(" + text + ")"); }
-    void Update_ModeDisplay(const std::string& text, Colour colour) override {
-        calls.push_back("Mode(" + text + "," + std::to_string(colour) + ")");
+    void Update_SensKnob(int p) override { calls.push_back("Knob(" + std::to_string(p) + ")"); }
+    void Update_LED(Colour c) override { calls.push_back("LED(" + std::to_string(c) + ")"); }
+    void Update_Clock(int h, int m, int s, const CalendarDate& d) override {
+        using std::to_string;
+        calls.push_back("Clock(" + to_string(h) + "," + to_string(m) + "," + to_string(s) + "," +
+                        to_string(d.year) + "-" + to_string(d.month) + "-" + to_string(d.day) +
+                        ")");
     }
-    void Update_SensKnob(int sensPos) override {
-        calls.push_back("Knob(" + std::to_string(sensPos) + ")");
-    }
-    void Update_LED(Colour colour) override {
-        calls.push_back("LED(" + std::to_string(colour) + ")");
-    }
-    void Update_Clock(int hour, int minute, int second, const CalendarDate& date) override {
-        calls.push_back("Clock(" + std::to_string(hour) + "," + std::to_string(minute) + "," +
-                        std::to_string(second) + "," + std::to_string(date.year) + "-" +
-                        std::to_string(date.month) + "-" + std::to_string(date.day) + ")");
-    }
-    void showPlayTime(const std::string& text) override {
-        calls.push_back("PlayTime(" + text + ")");
-    }
+    void showPlayTime(const std::string& t) override { calls.push_back("PlayTime(" + t + ")"); }
 
     // The lines that start with prefix, e.g. only("LED(").
     std::vector<std::string> only(const std::string& prefix) const {
@@ -47,11 +41,7 @@ public:
     void clear() { calls.clear(); }
 
     // The calls so far, and a fresh start.
-    std::vector<std::string> take() {
-        std::vector<std::string> out;
-        out.swap(calls);
-        return out;
-    }
+    std::vector<std::string> take() { return std::exchange(calls, {}); }
 };
 
 }  // namespace lv::test

@@ -19,51 +19,33 @@ public:
     double playFraction = 0, endFraction = 1;
 
     void setLoadedFile(const std::string& c, const std::string& t) override {
-        loadedCaption = c;
-        loadedTooltip = t;
-        calls.push_back("LoadedFile(" + c + "|" + t + ")");
+        note("LoadedFile(" + (loadedCaption = c) + "|" + (loadedTooltip = t) + ")");
     }
     void setMode(const std::string& c, const std::string& t) override {
-        modeCaption = c;
-        modeTooltip = t;
-        calls.push_back("Mode(" + c + "|" + t + ")");
+        note("Mode(" + (modeCaption = c) + "|" + (modeTooltip = t) + ")");
     }
-    void setNaming(const std::string& p) override {
-        naming = p;
-        calls.push_back("Naming(" + p + ")");
-    }
+    void setNaming(const std::string& p) override { note("Naming(" + (naming = p) + ")"); }
     void setSaveCaption(const std::string& c) override {
-        saveCaption = c;
-        calls.push_back("SaveCaption(" + c + ")");
+        note("SaveCaption(" + (saveCaption = c) + ")");
     }
     void setPlayTime(const std::string& t, Colour c) override {
-        playTime = t;
         playTimeColour = c;
-        calls.push_back("PlayTime(" + t + ")");
+        note("PlayTime(" + (playTime = t) + ")");
     }
-    void setTotalTime(const std::string& t) override {
-        totalTime = t;
-        calls.push_back("TotalTime(" + t + ")");
-    }
-    void setTag(const std::string& t) override {
-        tag = t;
-        calls.push_back("Tag(" + t + ")");
-    }
+    void setTotalTime(const std::string& t) override { note("TotalTime(" + (totalTime = t) + ")"); }
+    void setTag(const std::string& t) override { note("Tag(" + (tag = t) + ")"); }
     void setTagVisible(bool v) override { tagVisible = v; }
     void setEnabled(const Enabled& e) override { enabled = e; }
-    void setLoopCaption(const std::string& c) override {
-        loopCaption = c;
-        calls.push_back("Loop(" + c + ")");
-    }
+    void setLoopCaption(const std::string& c) override { note("Loop(" + (loopCaption = c) + ")"); }
     void setLoadProgress(int f) override { loadProgress = f; }
     void setPosition(double play, double end) override {
         playFraction = play;
         endFraction = end;
     }
-    void setPanelWord(const std::string& w) override {
-        panelWord = w;
-        calls.push_back("Word(" + w + ")");
-    }
+    void setPanelWord(const std::string& w) override { note("Word(" + (panelWord = w) + ")"); }
+
+private:
+    void note(std::string call) { calls.push_back(std::move(call)); }
 };
 
 }  // namespace lv::test
