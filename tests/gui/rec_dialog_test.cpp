@@ -9,6 +9,7 @@
 #include <set>
 
 #include "recording/qt_rec_dialog.h"
+#include "support/indexed_control.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
 
@@ -17,6 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Question = test::ScriptedPrompter::Question;
+using test::indexed;
 
 class RecDialogTest : public ::testing::Test {
 protected:
@@ -33,11 +35,6 @@ protected:
             browseStarts.push_back(start);
             return browseTo;
         });
-    }
-    static QRadioButton* option(const RecDialog& d, const char* name, int index) {
-        for (QRadioButton* b : d.findChildren<QRadioButton*>(name))
-            if (b->property("Index").toInt() == index) return b;
-        return nullptr;
     }
     static void click(const RecDialog& d, const char* name) {
         d.findChild<QAbstractButton*>(name)->click();
@@ -63,24 +60,6 @@ protected:
     std::vector<std::string> browseStarts;
 };
 
-TEST_F(RecDialogTest, OptionsCarryTheirValuesAndDescriptions) {
-    const auto d = open();
-    EXPECT_EQ(d->objectName(), "frmRec");
-    EXPECT_EQ(d->windowTitle(), "Recording Settings");
-    QStringList shown;  // "*" marks the checked option: RecordingMode 2, SuffixType 1
-    for (const QRadioButton* b : d->findChildren<QRadioButton*>())
-        shown << QString("%1 %2 %3%4")
-                     .arg(b->objectName())
-                     .arg(b->property("Index").toInt())
-                     .arg(b->text(), b->isChecked() ? "*" : "");
-    EXPECT_EQ(shown, QStringList({"optMode 3 Auto name and auto save",
-                                  "optMode 2 Auto name and manually save*", "optMode 1 Manual",
-                                  "optMode 4 Capture only (kept in memory, never saved)",
-                                  "optSuffix 0 Number", "optSuffix 1 Date-Time*"}));
-    EXPECT_EQ(d->findChild<QPushButton*>("cmdReset")->text(), "WARNING! Reset may delete files");
-    EXPECT_EQ(d->findChild<QLineEdit*>("txtPrefix")->text(), "Prefix_");
-}
-
 TEST_F(RecDialogTest, AutomaticModesWaitForASaveFolder) {
     cfg.SavePath.clear();
     cfg.RecordingMode = 3;
@@ -88,11 +67,11 @@ TEST_F(RecDialogTest, AutomaticModesWaitForASaveFolder) {
     const auto enabledModes = [&] {
         std::set<int> modes;
         for (int mode = 1; mode <= 4; ++mode)
-            if (option(*d, "optMode", mode)->isEnabled()) modes.insert(mode);
+            if (indexed(*d, "optMode", mode)->isEnabled()) modes.insert(mode);
         return modes;
     };
     EXPECT_EQ(enabledModes(), std::set<int>({1, 4}));
-    EXPECT_TRUE(option(*d, "optMode", 1)->isChecked()) << "no folder: Manual stands in";
+    EXPECT_TRUE(indexed(*d, "optMode", 1)->isChecked()) << "no folder: Manual stands in";
 
     click(*d, "cmdBrowse");  // cancelled
     EXPECT_EQ(enabledModes(), std::set<int>({1, 4}));
@@ -101,7 +80,7 @@ TEST_F(RecDialogTest, AutomaticModesWaitForASaveFolder) {
     EXPECT_EQ(browseStarts, std::vector<std::string>({"", ""}));
     EXPECT_EQ(enabledModes(), std::set<int>({1, 2, 3, 4}));
 
-    option(*d, "optMode", 3)->click();
+    indexed(*d, "optMode", 3)->click();
     click(*d, "cmdOK");
     EXPECT_EQ(d->result(), QDialog::Accepted);
     EXPECT_EQ(cfg.SavePath, folder());
@@ -144,10 +123,22 @@ TEST_F(RecDialogTest, CancelChangesNothingAndOkWritesEveryChoice) {
     for (const char* button : {"cmdCancel", "cmdOK"}) {
         const Settings before = cfg;
         const auto d = open();
+        QStringList shown;  // "*" marks the checked option: RecordingMode 2, SuffixType 1
+        for (const QRadioButton* b : d->findChildren<QRadioButton*>())
+            shown << QString("%1 %2 %3%4")
+                         .arg(b->objectName())
+                         .arg(b->property("Index").toInt())
+                         .arg(b->text(), b->isChecked() ? "*" : "");
+        EXPECT_EQ(shown, QStringList({"optMode 3 Auto name and auto save",
+                                      "optMode 2 Auto name and manually save*", "optMode 1 Manual",
+                                      "optMode 4 Capture only (kept in memory, never saved)",
+                                      "optSuffix 0 Number", "optSuffix 1 Date-Time*"}))
+            << "a fresh dialog shows the settings";
+        EXPECT_EQ(d->findChild<QLineEdit*>("txtPrefix")->text(), "Prefix_");
         browseTo = dir.file("other");
         click(*d, "cmdBrowse");
-        option(*d, "optMode", 3)->click();
-        option(*d, "optSuffix", 0)->click();
+        indexed(*d, "optMode", 3)->click();
+        indexed(*d, "optSuffix", 0)->click();
         typePrefix(*d, "Run_");
         for (const char* box : {"chkAudio", "chkTimeDate", "chkRecPrompt"}) click(*d, box);
 
