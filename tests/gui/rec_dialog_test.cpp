@@ -20,6 +20,15 @@ namespace fs = std::filesystem;
 using Question = test::ScriptedPrompter::Question;
 using test::indexed;
 
+// The names in a folder; none when it is not there.
+std::set<std::string> namesIn(const fs::path& folder) {
+    std::set<std::string> names;
+    std::error_code ec;
+    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec))
+        names.insert(it->path().filename().string());
+    return names;
+}
+
 class RecDialogTest : public ::testing::Test {
 protected:
     RecDialogTest() {
@@ -46,12 +55,7 @@ protected:
         return std::tuple(s.RecordingMode, s.SavePath, s.SavePrefix, s.SuffixType, s.SuffixNum,
                           s.AudioEnable, s.TimeDateEnable, s.RecPromptEnable);
     }
-    std::set<std::string> files() const {
-        std::set<std::string> names;
-        for (const auto& e : fs::directory_iterator(dir.path()))
-            names.insert(e.path().filename().string());
-        return names;
-    }
+    std::set<std::string> files() const { return namesIn(dir.path()); }
 
     test::TempDir dir{"rec_dialog"};
     Settings cfg;
@@ -88,12 +92,17 @@ TEST_F(RecDialogTest, AutomaticModesWaitForASaveFolder) {
     EXPECT_TRUE(prompter.asked.empty());
 }
 
+// A bad prefix or a folder gone since keeps the dialog open and the settings;
+// put right, the dialog takes it and leaves no probe file behind.
 TEST_F(RecDialogTest, BadPrefixKeepsTheDialogOpenAndTheSettings) {
-    const std::pair<std::string, QString> cases[] = {
-        {"", "sub/x"}, {"", QString(300, 'a')}, {"gone/", "Good_"}};
-    for (const auto& [subfolder, prefix] : cases) {
+    const std::tuple<std::string, QString, bool> cases[] = {{"", "sub/x", false},
+                                                            {"", QString(300, 'a'), false},
+                                                            {"gone/", "Good_", false},
+                                                            {"", "Good_", true}};
+    for (const auto& [subfolder, prefix, taken] : cases) {
         cfg.SavePath = folder() + subfolder;
-        const Settings before = cfg;
+        Settings want = cfg;
+        want.SavePrefix = taken ? prefix.toStdString() : cfg.SavePrefix;
         const auto d = open();
         d->show();
         typePrefix(*d, prefix);
@@ -101,20 +110,13 @@ TEST_F(RecDialogTest, BadPrefixKeepsTheDialogOpenAndTheSettings) {
         prompter.answers = {Answer::Ok};
         click(*d, "cmdOK");
         EXPECT_EQ(prompter.asked,
-                  std::vector<Question>({{"Validate Filename", "Error: Invalid Prefix name ",
-                                          Buttons::Ok, Icon::Critical}}))
+                  std::vector<Question>(taken ? 0 : 1,
+                                        {"Validate Filename", "Error: Invalid Prefix name ",
+                                         Buttons::Ok, Icon::Critical}))
             << prefix.left(10).toStdString();
-        EXPECT_TRUE(d->isVisible());
-        EXPECT_EQ(owned(cfg), owned(before));
+        EXPECT_EQ(d->isVisible(), !taken);
+        EXPECT_EQ(owned(cfg), owned(want));
     }
-    // Put right, the same dialog takes it and leaves no probe file behind.
-    cfg.SavePath = folder();
-    const auto d = open();
-    d->show();
-    typePrefix(*d, "Good_");
-    click(*d, "cmdOK");
-    EXPECT_FALSE(d->isVisible());
-    EXPECT_EQ(cfg.SavePrefix, "Good_");
     EXPECT_TRUE(files().empty());
 }
 
@@ -157,16 +159,6 @@ TEST_F(RecDialogTest, CancelChangesNothingAndOkWritesEveryChoice) {
     }
 }
 
-// The desktop's trash, in a folder of the test's own.
-std::set<std::string> trashedNames(const fs::path& dataHome) {
-    std::set<std::string> names;
-    std::error_code ec;
-    for (fs::directory_iterator it(dataHome / "Trash" / "files", ec), end; !ec && it != end;
-         it.increment(ec))
-        names.insert(it->path().filename().string());
-    return names;
-}
-
 TEST_F(RecDialogTest, ResetTrashesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix) {
     // Home and its data on the same file system as the recordings, so the
     // files go to the home trash there.
@@ -201,7 +193,7 @@ TEST_F(RecDialogTest, ResetTrashesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix)
         const bool went = left != all;
         const std::set<std::string> trashed =
             went ? std::set<std::string>{"S001.lvd", "S999.wav"} : std::set<std::string>{};
-        EXPECT_EQ(trashedNames(home.file("data")), trashed);
+        EXPECT_EQ(namesIn(home.path() / "data/Trash/files"), trashed);
         EXPECT_EQ(d->trashedCount(), went ? 2 : 0);
         EXPECT_EQ(d->edited().SuffixNum, suffixNum);
         click(*d, "cmdCancel");
