@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <string>
 
 #include "display/dial_face.h"
@@ -79,7 +80,7 @@ TEST(LayeredFace, SweptNeedleLeavesTheFaceAsDrawn) {
                 const qreal discR = fresh.toPixels(kCircularDiscRadius, 0).x() - size.width() / 2.0;
                 const qreal hubR = fresh.toPixels(35, 0).x() - size.width() / 2.0;
                 const bool circular = isCircularDial(dial);
-                for (std::int32_t value = -10500; value <= 10500; value += 700) {
+                for (std::int32_t value = -10500; value <= 10500; value += 350) {
                     Update_Needle(ctx, value);
                     // An unknown dial's lamp takes whatever line width is in force.
                     if (dial != 4) {
@@ -89,7 +90,10 @@ TEST(LayeredFace, SweptNeedleLeavesTheFaceAsDrawn) {
                     const QImage a = fresh.image(), b = swept.image();
                     const QRect needle = swept.needleRect();
                     int outside = 0, beyondDisc = 0, onHub = 0;
-                    for (int y = 0; y < size.height(); ++y)
+                    for (int y = 0; y < size.height(); ++y) {
+                        if (std::memcmp(a.constScanLine(y), b.constScanLine(y), a.bytesPerLine()) ==
+                            0)
+                            continue;  // most rows: the same, cheaply
                         for (int x = 0; x < size.width(); ++x) {
                             if (a.pixel(x, y) == b.pixel(x, y)) continue;
                             const qreal d = std::hypot(x + 0.5 - hub.x(), y + 0.5 - hub.y());
@@ -97,6 +101,7 @@ TEST(LayeredFace, SweptNeedleLeavesTheFaceAsDrawn) {
                             beyondDisc += circular && d > discR + 1;
                             onHub += circular && std::abs(d - hubR) < 0.5;
                         }
+                    }
                     ASSERT_EQ(std::tuple(outside, beyondDisc, onHub), std::tuple(0, 0, 0))
                         << what << " value " << value << ": pixels changed outside the "
                         << "needle's rectangle, beyond the disc, on the hub ring";
