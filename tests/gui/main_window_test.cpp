@@ -2,7 +2,6 @@
 
 #include <QAction>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -18,6 +17,7 @@
 #include "recording/start_stamp.h"
 #include "support/modal_answerer.h"
 #include "support/pixel_colour.h"
+#include "support/qt_wait.h"
 #include "support/temp_dir.h"
 
 namespace lv {
@@ -226,9 +226,8 @@ TEST_F(MainWindowTest, RedrawDuringPlaybackShowsTheRecordingsTime) {
     ASSERT_TRUE(w.recording().player().Load_File(lvd));
     w.recording().player().cmdPlay_Click();
     ASSERT_EQ(w.session().state().RunMode, kRunPlayback);
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < 1200) QApplication::processEvents();
+    ASSERT_TRUE(test::waitUntil(
+        [&] { return w.clockInputs().playPosition >= w.clockInputs().unitsPerSecond; }, 4000));
     w.resize(w.width() - 40, w.height() - 40);
     QApplication::processEvents();
     // 10:20:59 plus a second played: 10:21.
@@ -248,10 +247,8 @@ TEST_F(MainWindowTest, NeedleTestAndRefusalsShowWhenTheOperatorActs) {
     EXPECT_EQ(w.session().state().RunMode, kRunPlayback);
     EXPECT_EQ(w.statusText(), "Test Mode");
     const long before = w.framesDrawn();
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < 300) QApplication::processEvents(QEventLoop::AllEvents, 10);
-    EXPECT_GT(w.framesDrawn(), before + 5) << "the needle moves";
+    EXPECT_TRUE(test::waitUntil([&] { return w.framesDrawn() > before + 5; }, 3000))
+        << "the needle moves";
     test->trigger();
     EXPECT_FALSE(test->isChecked());
     EXPECT_EQ(w.session().state().RunMode, kRunNoMeter);
