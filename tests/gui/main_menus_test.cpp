@@ -23,27 +23,30 @@ Strings groupOf(const std::string& name) {
     return {name};
 }
 
+// The hooks that log their name when called: the item that alone calls each,
+// or what the window redraws.
+const std::pair<std::function<void()> MenuHooks::*, const char*> kLogged[] = {
+    {&MenuHooks::connect, "mnuConnectionConnect"},
+    {&MenuHooks::meterSetup, "mnuSettingsMeter"},
+    {&MenuHooks::loadSettings, "mnuLoadSettings"},
+    {&MenuHooks::saveSettings, "mnuSaveSettings"},
+    {&MenuHooks::saveSettingsAs, "mnuSaveSettingsAs"},
+    {&MenuHooks::quit, "mnuFileQuit"},
+    {&MenuHooks::open, "mnuFileOpen"},
+    {&MenuHooks::save, "mnuFileSave"},
+    {&MenuHooks::saveAs, "mnuFileSaveAs"},
+    {&MenuHooks::exportRecording, "mnuFileExport"},
+    {&MenuHooks::redrawPanel, "redrawPanel"},
+    {&MenuHooks::reinitChart, "reinitChart"},
+    {&MenuHooks::relayout, "relayout"}};
+
 // A menu bar with the program's menus, hooks that log what they were asked.
 struct Rig {
     explicit Rig(const std::function<void(SettingsStore&)>& setUp = {}) {
         store.values = Settings{};
         if (setUp) setUp(store);
         MenuHooks h;
-        const std::pair<std::function<void()> MenuHooks::*, const char*> logged[] = {
-            {&MenuHooks::connect, "connect"},
-            {&MenuHooks::meterSetup, "meterSetup"},
-            {&MenuHooks::loadSettings, "loadSettings"},
-            {&MenuHooks::saveSettings, "saveSettings"},
-            {&MenuHooks::saveSettingsAs, "saveSettingsAs"},
-            {&MenuHooks::redrawPanel, "redrawPanel"},
-            {&MenuHooks::reinitChart, "reinitChart"},
-            {&MenuHooks::relayout, "relayout"},
-            {&MenuHooks::quit, "quit"},
-            {&MenuHooks::open, "open"},
-            {&MenuHooks::save, "save"},
-            {&MenuHooks::saveAs, "saveAs"},
-            {&MenuHooks::exportRecording, "export"}};
-        for (const auto& [hook, what] : logged)
+        for (const auto& [hook, what] : kLogged)
             h.*hook = [this, what = what] { fired.push_back(what); };
         h.recentFiles = [] { return QStringList{"/r/b.lvd", "/r/a.lvd"}; };
         h.openRecent = [this](const QString& path) { fired.push_back(path.toStdString()); };
@@ -140,22 +143,13 @@ TEST(MainMenus, ClickStoresCheckMarksAndTellsTheWindow) {
     EXPECT_EQ(lag.st.LagLimit, 5);
     EXPECT_EQ(lag.menus->action("mnuSettingsLagThreshold", 6), nullptr);
 
-    const std::pair<const char*, const char*> hooks[] = {{"mnuConnectionConnect", "connect"},
-                                                         {"mnuSettingsMeter", "meterSetup"},
-                                                         {"mnuLoadSettings", "loadSettings"},
-                                                         {"mnuSaveSettings", "saveSettings"},
-                                                         {"mnuSaveSettingsAs", "saveSettingsAs"},
-                                                         {"mnuFileQuit", "quit"},
-                                                         {"mnuFileOpen", "open"},
-                                                         {"mnuFileSave", "save"},
-                                                         {"mnuFileSaveAs", "saveAs"},
-                                                         {"mnuFileExport", "export"}};
     Rig r;
     Strings want;
-    for (const auto& [name, hook] : hooks) {
-        r.click(name);
-        want.push_back(hook);
-    }
+    for (const auto& [hook, name] : kLogged)
+        if (std::string_view(name).starts_with("mnu")) {
+            r.click(name);
+            want.push_back(name);
+        }
     for (const auto& [name, keys] :
          {std::pair{"mnuFileQuit", "Ctrl+Q"}, {"mnuFileOpen", "Ctrl+O"}, {"mnuFileSave", "Ctrl+S"}})
         EXPECT_TRUE(r.menus->action(name)->shortcuts().contains(QKeySequence(keys))) << name;
