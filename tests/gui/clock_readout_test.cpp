@@ -2,6 +2,7 @@
 
 #include "display/dial_face.h"
 #include "display/qt_readouts.h"
+#include "support/pixel_colour.h"
 
 namespace lv {
 namespace {
@@ -28,8 +29,7 @@ protected:
                 const bool in = x >= a.x() && x < b.x() && y >= a.y() && y < b.y();
                 const double down = (y - a.y()) / (b.y() - a.y());
                 const bool wanted = outside ? !in : in && down >= from && down < to;
-                const QColor c = img.pixelColor(x, y);
-                n += wanted && rgb(c.red(), c.green(), c.blue()) != cfg.Panel_Color;
+                n += wanted && test::colourAt(img, {x, y}) != cfg.Panel_Color;
             }
         return n;
     }

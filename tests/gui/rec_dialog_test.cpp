@@ -9,6 +9,7 @@
 #include <set>
 
 #include "recording/qt_rec_dialog.h"
+#include "support/indexed_control.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
 
@@ -17,6 +18,16 @@ namespace {
 
 namespace fs = std::filesystem;
 using Question = test::ScriptedPrompter::Question;
+using test::indexed;
+
+// The names in a folder; none when it is not there.
+std::set<std::string> namesIn(const fs::path& folder) {
+    std::set<std::string> names;
+    std::error_code ec;
+    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec))
+        names.insert(it->path().filename().string());
+    return names;
+}
 
 class RecDialogTest : public ::testing::Test {
 protected:
@@ -34,11 +45,6 @@ protected:
             return browseTo;
         });
     }
-    static QRadioButton* option(const RecDialog& d, const char* name, int index) {
-        for (QRadioButton* b : d.findChildren<QRadioButton*>(name))
-            if (b->property("Index").toInt() == index) return b;
-        return nullptr;
-    }
     static void click(const RecDialog& d, const char* name) {
         d.findChild<QAbstractButton*>(name)->click();
     }
@@ -49,12 +55,7 @@ protected:
         return std::tuple(s.RecordingMode, s.SavePath, s.SavePrefix, s.SuffixType, s.SuffixNum,
                           s.AudioEnable, s.TimeDateEnable, s.RecPromptEnable);
     }
-    std::set<std::string> files() const {
-        std::set<std::string> names;
-        for (const auto& e : fs::directory_iterator(dir.path()))
-            names.insert(e.path().filename().string());
-        return names;
-    }
+    std::set<std::string> files() const { return namesIn(dir.path()); }
 
     test::TempDir dir{"rec_dialog"};
     Settings cfg;
@@ -63,24 +64,6 @@ protected:
     std::vector<std::string> browseStarts;
 };
 
-TEST_F(RecDialogTest, OptionsCarryTheirValuesAndDescriptions) {
-    const auto d = open();
-    EXPECT_EQ(d->objectName(), "frmRec");
-    EXPECT_EQ(d->windowTitle(), "Recording Settings");
-    QStringList shown;  // "*" marks the checked option: RecordingMode 2, SuffixType 1
-    for (const QRadioButton* b : d->findChildren<QRadioButton*>())
-        shown << QString("%1 %2 %3%4")
-                     .arg(b->objectName())
-                     .arg(b->property("Index").toInt())
-                     .arg(b->text(), b->isChecked() ? "*" : "");
-    EXPECT_EQ(shown, QStringList({"optMode 3 Auto name and auto save",
-                                  "optMode 2 Auto name and manually save*", "optMode 1 Manual",
-                                  "optMode 4 Capture only (kept in memory, never saved)",
-                                  "optSuffix 0 Number", "optSuffix 1 Date-Time*"}));
-    EXPECT_EQ(d->findChild<QPushButton*>("cmdReset")->text(), "WARNING! Reset may delete files");
-    EXPECT_EQ(d->findChild<QLineEdit*>("txtPrefix")->text(), "Prefix_");
-}
-
 TEST_F(RecDialogTest, AutomaticModesWaitForASaveFolder) {
     cfg.SavePath.clear();
     cfg.RecordingMode = 3;
@@ -88,11 +71,11 @@ TEST_F(RecDialogTest, AutomaticModesWaitForASaveFolder) {
     const auto enabledModes = [&] {
         std::set<int> modes;
         for (int mode = 1; mode <= 4; ++mode)
-            if (option(*d, "optMode", mode)->isEnabled()) modes.insert(mode);
+            if (indexed(*d, "optMode", mode)->isEnabled()) modes.insert(mode);
         return modes;
     };
     EXPECT_EQ(enabledModes(), std::set<int>({1, 4}));
-    EXPECT_TRUE(option(*d, "optMode", 1)->isChecked()) << "no folder: Manual stands in";
+    EXPECT_TRUE(indexed(*d, "optMode", 1)->isChecked()) << "no folder: Manual stands in";
 
     click(*d, "cmdBrowse");  // cancelled
     EXPECT_EQ(enabledModes(), std::set<int>({1, 4}));
@@ -101,7 +84,7 @@ TEST_F(RecDialogTest, AutomaticModesWaitForASaveFolder) {
     EXPECT_EQ(browseStarts, std::vector<std::string>({"", ""}));
     EXPECT_EQ(enabledModes(), std::set<int>({1, 2, 3, 4}));
 
-    option(*d, "optMode", 3)->click();
+    indexed(*d, "optMode", 3)->click();
     click(*d, "cmdOK");
     EXPECT_EQ(d->result(), QDialog::Accepted);
     EXPECT_EQ(cfg.SavePath, folder());
@@ -109,12 +92,17 @@ TEST_F(RecDialogTest, AutomaticModesWaitForASaveFolder) {
     EXPECT_TRUE(prompter.asked.empty());
 }
 
+// A bad prefix or a folder gone since keeps the dialog open and the settings;
+// put right, the dialog takes it and leaves no probe file behind.
 TEST_F(RecDialogTest, BadPrefixKeepsTheDialogOpenAndTheSettings) {
-    const std::pair<std::string, QString> cases[] = {
-        {"", "sub/x"}, {"", QString(300, 'a')}, {"gone/", "Good_"}};
-    for (const auto& [subfolder, prefix] : cases) {
+    const std::tuple<std::string, QString, bool> cases[] = {{"", "sub/x", false},
+                                                            {"", QString(300, 'a'), false},
+                                                            {"gone/", "Good_", false},
+                                                            {"", "Good_", true}};
+    for (const auto& [subfolder, prefix, taken] : cases) {
         cfg.SavePath = folder() + subfolder;
-        const Settings before = cfg;
+        Settings want = cfg;
+        want.SavePrefix = taken ? prefix.toStdString() : cfg.SavePrefix;
         const auto d = open();
         d->show();
         typePrefix(*d, prefix);
@@ -122,20 +110,13 @@ TEST_F(RecDialogTest, BadPrefixKeepsTheDialogOpenAndTheSettings) {
         prompter.answers = {Answer::Ok};
         click(*d, "cmdOK");
         EXPECT_EQ(prompter.asked,
-                  std::vector<Question>({{"Validate Filename", "Error: Invalid Prefix name ",
-                                          Buttons::Ok, Icon::Critical}}))
+                  std::vector<Question>(taken ? 0 : 1,
+                                        {"Validate Filename", "Error: Invalid Prefix name ",
+                                         Buttons::Ok, Icon::Critical}))
             << prefix.left(10).toStdString();
-        EXPECT_TRUE(d->isVisible());
-        EXPECT_EQ(owned(cfg), owned(before));
+        EXPECT_EQ(d->isVisible(), !taken);
+        EXPECT_EQ(owned(cfg), owned(want));
     }
-    // Put right, the same dialog takes it and leaves no probe file behind.
-    cfg.SavePath = folder();
-    const auto d = open();
-    d->show();
-    typePrefix(*d, "Good_");
-    click(*d, "cmdOK");
-    EXPECT_FALSE(d->isVisible());
-    EXPECT_EQ(cfg.SavePrefix, "Good_");
     EXPECT_TRUE(files().empty());
 }
 
@@ -144,10 +125,14 @@ TEST_F(RecDialogTest, CancelChangesNothingAndOkWritesEveryChoice) {
     for (const char* button : {"cmdCancel", "cmdOK"}) {
         const Settings before = cfg;
         const auto d = open();
+        EXPECT_TRUE(indexed(*d, "optMode", 2)->isChecked() &&
+                    indexed(*d, "optSuffix", 1)->isChecked())
+            << "a fresh dialog shows the settings";
+        EXPECT_EQ(d->findChild<QLineEdit*>("txtPrefix")->text(), "Prefix_");
         browseTo = dir.file("other");
         click(*d, "cmdBrowse");
-        option(*d, "optMode", 3)->click();
-        option(*d, "optSuffix", 0)->click();
+        indexed(*d, "optMode", 3)->click();
+        indexed(*d, "optSuffix", 0)->click();
         typePrefix(*d, "Run_");
         for (const char* box : {"chkAudio", "chkTimeDate", "chkRecPrompt"}) click(*d, box);
 
@@ -164,16 +149,6 @@ TEST_F(RecDialogTest, CancelChangesNothingAndOkWritesEveryChoice) {
         EXPECT_EQ(owned(cfg), owned(button == std::string("cmdOK") ? want : before)) << button;
         EXPECT_TRUE(prompter.asked.empty());
     }
-}
-
-// The desktop's trash, in a folder of the test's own.
-std::set<std::string> trashedNames(const fs::path& dataHome) {
-    std::set<std::string> names;
-    std::error_code ec;
-    for (fs::directory_iterator it(dataHome / "Trash" / "files", ec), end; !ec && it != end;
-         it.increment(ec))
-        names.insert(it->path().filename().string());
-    return names;
 }
 
 TEST_F(RecDialogTest, ResetTrashesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix) {
@@ -210,7 +185,7 @@ TEST_F(RecDialogTest, ResetTrashesTheSavedPrefixsSeriesAndRefusesWithoutAPrefix)
         const bool went = left != all;
         const std::set<std::string> trashed =
             went ? std::set<std::string>{"S001.lvd", "S999.wav"} : std::set<std::string>{};
-        EXPECT_EQ(trashedNames(home.file("data")), trashed);
+        EXPECT_EQ(namesIn(home.path() / "data/Trash/files"), trashed);
         EXPECT_EQ(d->trashedCount(), went ? 2 : 0);
         EXPECT_EQ(d->edited().SuffixNum, suffixNum);
         click(*d, "cmdCancel");

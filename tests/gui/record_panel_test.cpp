@@ -60,9 +60,6 @@ TEST_F(RecordPanelTest, ButtonsCaptionsSignalsAndEnabling) {
         {"cmdSave", "Save As", &RecordPanel::saveClicked, &E::save},
         {"cmdLoad", "Load", &RecordPanel::loadClicked, &E::load},
         {"cmdRecSettings", "", &RecordPanel::settingsClicked, &E::settings}};
-    EXPECT_EQ(panel.objectName(), "picRecord");
-    EXPECT_EQ(bar, panel.positionBar());
-    EXPECT_EQ(button("cmdRecSettings")->toolTip(), "Recording Settings");
     EXPECT_EQ(label("lblLoadedFile")->text(), "No File Loaded");
     EXPECT_TRUE(panel.height() >= 60 && panel.height() <= 90) << panel.height();
     for (const auto& [name, caption, signal, off] : buttons) {
@@ -82,13 +79,6 @@ TEST_F(RecordPanelTest, ButtonsCaptionsSignalsAndEnabling) {
         EXPECT_TRUE(bar->isEnabled());
         panel.setEnabled(E{});
     }
-    E noBar;
-    noBar.positionBar = false;
-    panel.setEnabled(noBar);
-    EXPECT_FALSE(bar->isEnabled());
-    EXPECT_TRUE(button("cmdPlay")->isEnabled());
-    panel.setEnabled(false);  // the widget's own switch still works
-    EXPECT_FALSE(button("cmdPlay")->isEnabled());
 }
 
 TEST_F(RecordPanelTest, SinkCallsShowUpOnTheirControls) {
@@ -103,9 +93,9 @@ TEST_F(RecordPanelTest, SinkCallsShowUpOnTheirControls) {
     for (const char* name : {"lblLoadedFile", "lblRecMode", "lblNaming", "cmdSave", "cmdLoop",
                              "lblTotalTime", "lblTag"})
         texts << panel.findChild<QObject*>(name)->property("text").toString();
-    EXPECT_EQ(texts.join('|'), "Run007|Auto Save|Prefix_nnn|Save|Loop|1:02:03|3");
-    EXPECT_EQ(label("lblLoadedFile")->toolTip(), "/rec/Run007");
-    EXPECT_EQ(label("lblRecMode")->toolTip(), "in /rec/");
+    texts << label("lblLoadedFile")->toolTip() << label("lblRecMode")->toolTip();
+    EXPECT_EQ(texts.join('|').toStdString(),
+              "Run007|Auto Save|Prefix_nnn|Save|Loop|1:02:03|3|/rec/Run007|in /rec/");
     for (const Colour colour : {rgb(255, 0, 0), rgb(10, 200, 30)}) {
         panel.setPlayTime("0:07", colour);
         EXPECT_EQ(label("lblPlayTime")->text(), "0:07");
@@ -139,7 +129,7 @@ TEST_F(RecordPanelTest, RightClicksAndPanelWord) {
     EXPECT_EQ(word.calls, (std::vector<std::tuple<QString>>{{"PAUSE"}, {""}}));
 }
 
-TEST_F(RecordPanelTest, PositionBarReportsClampedFractions) {
+TEST_F(RecordPanelTest, PositionBarReportsAndDrawsClampedFractions) {
     bar->setFixedWidth(201);  // pixels 0..200: a fraction is x / 200
     Spy<double> pressed(&panel, &RecordPanel::positionPressed);
     Spy<double> moved(&panel, &RecordPanel::positionMoved);
@@ -162,10 +152,9 @@ TEST_F(RecordPanelTest, PositionBarReportsClampedFractions) {
     noBar.positionBar = false;
     panel.setEnabled(noBar);
     click(bar, Qt::LeftButton, QPoint(50, y));
+    EXPECT_FALSE(bar->isEnabled());
     EXPECT_EQ(pressed.count() + released.count(), 2) << "a disabled bar does not seek";
-}
 
-TEST_F(RecordPanelTest, PositionBarDrawsLoadStripAndClampsWhatItIsGiven) {
     const std::tuple<int, double, double, int, double, double> cases[] = {
         {25, 0.5, 0.75, 25, 0.5, 0.75}, {60, -1.0, 2.0, 50, 0.0, 1.0}, {-3, 0.0, 1.0, 0, 0.0, 1.0}};
     for (const auto& [progress, play, end, wantProgress, wantPlay, wantEnd] : cases) {

@@ -11,32 +11,21 @@
 namespace lv {
 namespace {
 
-class SplashTest : public ::testing::Test {
-protected:
-    SplashTest() : form("1.2.3") {
-        form.show();
-        QApplication::processEvents();
-    }
-    QLabel* label(const char* name) { return form.findChild<QLabel*>(name); }
-    SplashForm form;
-};
-
-TEST_F(SplashTest, NamesVersionAndPlace) {
-    EXPECT_EQ(form.objectName(), "frmLvSplash");
-    ASSERT_TRUE(label("lblVersion") && label("lblProductName"));
-    EXPECT_EQ(label("lblVersion")->text(), "Version 1.2.3");
-    EXPECT_EQ(label("lblProductName")->text(), "lv_Analog");
+// Frameless, centred, the version shown; each start-up caption shows whole
+// and is painted before setProgress returns.
+TEST(Splash, CentredWithItsVersionAndEachCaptionPaintedAtOnce) {
+    SplashForm form("1.2.3");
+    form.show();
+    QApplication::processEvents();
+    auto* version = form.findChild<QLabel*>("lblVersion");
+    auto* progress = form.findChild<QLabel*>("lblProgress");
+    ASSERT_TRUE(version && progress);
+    EXPECT_EQ(version->text(), "Version 1.2.3");
+    EXPECT_TRUE(form.rect().contains(version->geometry()));
     EXPECT_TRUE(form.windowFlags() & Qt::FramelessWindowHint);
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
     EXPECT_LE((form.frameGeometry().center() - screen.center()).manhattanLength(), 1);
-    for (const char* name : {"lblVersion", "lblProductName"})
-        EXPECT_TRUE(form.rect().contains(label(name)->geometry())) << name;
-}
 
-// Each start-up caption shows whole and is painted before setProgress returns.
-TEST_F(SplashTest, CaptionsShowAtOnceAndFit) {
-    QLabel* progress = label("lblProgress");
-    ASSERT_TRUE(progress);
     int paints = 0;
     struct Counter : QObject {
         int& n;
@@ -49,13 +38,14 @@ TEST_F(SplashTest, CaptionsShowAtOnceAndFit) {
     const QImage blank = progress->grab().toImage();
     for (const QString caption : {"Loading", "Checking for Hardware", "Running in Demo Mode",
                                   "Checking Port 16 for Hardware", "No Hardware Detected"}) {
+        SCOPED_TRACE(caption.toStdString());
         const int before = paints;
         form.setProgress(caption);
-        EXPECT_GT(paints, before) << caption.toStdString();
+        EXPECT_GT(paints, before) << "painted before it returns";
         EXPECT_EQ(progress->text(), caption);
         EXPECT_TRUE(progress->isVisible() && form.rect().contains(progress->geometry()));
-        EXPECT_LE(progress->sizeHint().width(), progress->width()) << caption.toStdString();
-        EXPECT_NE(progress->grab().toImage(), blank) << caption.toStdString();
+        EXPECT_LE(progress->sizeHint().width(), progress->width()) << "shown whole";
+        EXPECT_NE(progress->grab().toImage(), blank);
     }
     progress->removeEventFilter(&counter);
 }
