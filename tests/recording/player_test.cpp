@@ -3,15 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <functional>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "recording/lvd_file.h"
+#include "recording/play_pacing.h"
+#include "recording/play_time.h"
 #include "support/fake_audio_track.h"
 #include "support/fake_pump.h"
+#include "support/lvd_files.h"
 #include "support/recording_display.h"
 #include "support/recording_panel.h"
 #include "support/scripted_prompter.h"
@@ -21,13 +22,29 @@ namespace {
 
 using namespace lv;
 using Records = std::vector<lvdRecord>;
+using test::steady;
 
-// Frames of dial type 1, the default dial, 20 ms apart from 20 ms.
-Records steady(int n) {
-    Records out(n);
-    for (int i = 0; i < n; ++i)
-        out[i] = {.TimeMs = 20 * (i + 1), .StatusFlags = 0x20, .FrameType = 'P'};
-    return out;
+// A record is due once the sound is less than ten milliseconds short of it.
+TEST(PlayPacing, DueRecordsSkipStepsAndWaits) {
+    for (const auto& [timeMs, audioMs, due] :
+         {std::tuple{1000, 990.0, false}, {1000, 990.5, true}, {1000, 5000.0, true}})
+        EXPECT_EQ(recordDue(timeMs, audioMs), due) << timeMs << " at " << audioMs;
+    const std::pair<int, int> skips[] = {{599, 10}, {600, 15}, {1799, 15}, {1800, 30}, {3600, 60}};
+    for (const auto& [seconds, skip] : skips) EXPECT_EQ(skipSecondsFor(seconds), skip) << seconds;
+    // The pacing wakes when the next record (100 ms, due from 90 ms of sound)
+    // falls due, at most 20 ms on; a clock that did not move is asked again
+    // soon, then polled, never in a busy loop.
+    const std::tuple<double, int, int> waits[] = {{75.0, 0, 15}, {60.0, 0, 20}, {89.2, 0, 1},
+                                                  {95.0, 0, 1},  {95.0, 1, 2},  {85.0, 4, 5},
+                                                  {95.0, 5, 10}, {60.0, 9, 20}};
+    for (const auto& [audioMs, idleSteps, waitMs] : waits)
+        EXPECT_EQ(stepWaitMs(100, audioMs, idleSteps), waitMs) << audioMs << " ms, " << idleSteps;
+}
+
+TEST(PlayTime, MinutesBelowAnHourHoursFromOne) {
+    const std::pair<std::int64_t, const char*> cases[] = {
+        {65, "1:05"}, {3599, "59:59"}, {3725, "1:02:05"}, {36610, "10:10:10"}, {-3, "0:00"}};
+    for (const auto& [seconds, text] : cases) EXPECT_EQ(playTimeText(seconds), text) << seconds;
 }
 
 struct PlayerTest : ::testing::Test {
@@ -53,7 +70,7 @@ struct PlayerTest : ::testing::Test {
     bool load(const Records& records, const std::vector<std::string>& beside) {
         if (!records.empty()) saveLvdRecords(lvd, records, std::nullopt);
         for (const auto& name : beside)
-            if (!name.empty()) std::ofstream(dir.file(name)) << "x";
+            if (!name.empty()) test::writeFile(dir.file(name), "x");
         return player.Load_File(lvd);
     }
     // With an .mp3 beside the records, positions are milliseconds.
@@ -66,16 +83,16 @@ struct PlayerTest : ::testing::Test {
         sound.pos = ms;
         player.step();
     }
-    bool logged(const std::string& command) const {
-        return std::count(sound.log.begin(), sound.log.end(), command) > 0;
-    }
+    bool logged(const std::string& command) const { return std::ranges::count(sound.log, command); }
     std::string led(Colour c) const { return "LED(" + std::to_string(c) + ")"; }
 };
 
-TEST_F(PlayerTest, EachFailedLoadSaysWhyAndLeavesNoTrack) {
-    Records otherDial = steady(6);
+// Each failed load says why, and leaves no track open; with a recording
+// already loaded, that recording and its sound stay as they were.
+TEST_F(PlayerTest, EachFailedLoadSaysWhyAndKeepsTheRecordingInMemory) {
+    saveLvdRecords(dir.file("good.lvd"), steady(1000), std::nullopt);
+    Records otherDial = steady(6), garbage = steady(6);
     otherDial[3].StatusFlags = 0x40;
-    Records garbage = steady(6);
     garbage[2].FrameType = 'x';
     const std::tuple<Records, const char*, bool, std::string, std::string, Icon> cases[] = {
         {{}, "rec.wav", true, "File Not Found", lvd, Icon::Exclamation},
@@ -90,56 +107,47 @@ TEST_F(PlayerTest, EachFailedLoadSaysWhyAndLeavesNoTrack) {
          Icon::Exclamation},
         // Not a recording, and no sound beside it: the file is what is wrong.
         {garbage, "", true, "Incompatible file format",
+         "This file is corrupt or needs to be converted to version 2 format.", Icon::Exclamation},
+        {garbage, "rec.mp3", true, "Incompatible file format",
          "This file is corrupt or needs to be converted to version 2 format.", Icon::Exclamation}};
-    for (const auto& [records, beside, audio, title, text, icon] : cases) {
-        std::filesystem::remove_all(dir.path());
-        std::filesystem::create_directory(dir.path());
-        prompter.asked.clear();
-        prompter.details.clear();
+    for (const bool loaded : {false, true}) {
+        if (loaded) test::writeFile(dir.file("good.mp3"), "x");
         prompter.answers = {Answer::Ok};
-        cfg.AudioEnable = audio;
-        EXPECT_FALSE(load(records, {beside})) << title;
-        using Q = test::ScriptedPrompter::Question;
-        EXPECT_EQ(prompter.asked, (std::vector<Q>{{title, text, Buttons::Ok, icon}}));
-        // Only the dial type box has more to say: type 2 recorded, type 1 set.
-        const std::string& informative = prompter.details.at(0).informative;
-        EXPECT_EQ(informative.find("\"Traditional Continuous\"; the dial type set now is "
-                                   "\"Traditional\"") != std::string::npos,
-                  records == otherDial)
-            << informative;
-        EXPECT_FALSE(rs.track || sound.isOpen || placeholder.isOpen) << text;
-    }
-    EXPECT_EQ(panel.loadedCaption, "");  // the wrong dial type empties the caption
-}
-
-// Sessions that lose data: a file that is refused, or whose sound is missing,
-// leaves the recording in memory and its sound as they were.
-TEST_F(PlayerTest, AFailedLoadKeepsTheRecordingInMemory) {
-    const std::string good = dir.file("good.lvd");
-    saveLvdRecords(good, steady(1000), std::nullopt);
-    std::ofstream(dir.file("good.mp3")) << "x";
-    Records corrupt = steady(6);
-    corrupt[2].FrameType = 'X';
-    const std::tuple<const char*, Records, const char*> cases[] = {
-        {"corrupt", corrupt, "rec.mp3"},
-        {"no sound beside it", steady(6), ""},
-        {"no such file", {}, ""},
-    };
-    for (const auto& [what, records, beside] : cases) {
-        SCOPED_TRACE(what);
-        std::filesystem::remove(lvd);
-        std::filesystem::remove(dir.file("rec.mp3"));
-        ASSERT_TRUE(player.Load_File(good));
-        prompter.answers = {Answer::Ok};
-        int unloaded = 0;
-        if (!records.empty()) saveLvdRecords(lvd, records, std::nullopt);
-        if (*beside) std::ofstream(dir.file(beside)) << "x";
-        EXPECT_FALSE(player.Load_File(lvd, [&] { ++unloaded; }));
-        EXPECT_EQ(unloaded, 0);
-        EXPECT_EQ(rs.buffer.RecCount, 1000);
-        EXPECT_EQ(rs.track, &sound);
-        EXPECT_TRUE(sound.isOpen);
-        EXPECT_EQ(panel.loadedCaption, "good.lvd");
+        ASSERT_EQ(loaded, player.Load_File(dir.file("good.lvd"))) << "no sound beside it yet";
+        for (const auto& [records, beside, audio, title, text, icon] : cases) {
+            // A wrong dial type loads what it can; no placeholder is no loss either.
+            if (loaded && (records == otherDial || !audio)) continue;
+            SCOPED_TRACE(title + (loaded ? " after a good load" : ""));
+            for (const char* name : {"rec.lvd", "rec.wav", "rec.mp3"})
+                std::filesystem::remove(dir.file(name));
+            prompter.asked.clear();
+            prompter.details.clear();
+            prompter.answers = {Answer::Ok};
+            cfg.AudioEnable = audio;
+            int unloaded = 0;
+            if (!records.empty()) saveLvdRecords(lvd, records, std::nullopt);
+            if (*beside) test::writeFile(dir.file(beside), "x");
+            EXPECT_FALSE(player.Load_File(lvd, [&] { ++unloaded; }));
+            using Q = test::ScriptedPrompter::Question;
+            EXPECT_EQ(prompter.asked, (std::vector<Q>{{title, text, Buttons::Ok, icon}}));
+            // Only the dial type box has more to say: type 2 recorded, type 1 set.
+            const std::string& informative = prompter.details.at(0).informative;
+            EXPECT_EQ(informative.find("\"Traditional Continuous\"; the dial type set now is "
+                                       "\"Traditional\"") != std::string::npos,
+                      records == otherDial)
+                << informative;
+            EXPECT_EQ(unloaded, records == otherDial) << "only a wrong dial type replaces it";
+            if (loaded)
+                EXPECT_EQ(
+                    std::tuple(rs.buffer.RecCount, rs.track, sound.isOpen, panel.loadedCaption),
+                    std::tuple(1000, &sound, true, "good.lvd"));
+            else
+                EXPECT_FALSE(rs.track || sound.isOpen || placeholder.isOpen);
+        }
+        cfg.AudioEnable = true;
+        if (!loaded) {
+            EXPECT_EQ(panel.loadedCaption, "") << "the wrong dial type empties it";
+        }
     }
 }
 
@@ -187,9 +195,9 @@ TEST_F(PlayerTest, PacingShowsTheLatestDueRecordAndFlashesTheLagLamp) {
         {20, 1, 100, 0}, {29, 1, 100, 0}, {31, 2, 200, 0}, {80, 3, 400, 1}, {100, 4, 500, 1}};
     for (const auto& [ms, shown, needle, skipped] : cases) {
         stepAt(ms);
-        EXPECT_EQ(needles.size(), shown) << ms;
-        EXPECT_EQ(needles.back(), needle) << ms;
-        EXPECT_EQ(player.skippedRecords(), skipped) << ms;
+        EXPECT_EQ(std::tuple(needles.size(), needles.back(), player.skippedRecords()),
+                  std::tuple(shown, needle, skipped))
+            << ms;
     }
     EXPECT_EQ(display.only("LED("), std::vector{led(cfg.Dial_Color)});
     stepAt(180);  // 120..180 at once: four, more than the limit of two
@@ -210,15 +218,15 @@ TEST_F(PlayerTest, EndOfRangeStopsOrLoopsWithoutStop) {
         play(steady(10));
         stepAt(1000);  // all ten
         stepAt(1000);
-        EXPECT_EQ(logged("stop"), !loop);
-        EXPECT_EQ(logged("seek 20") && logged("play"), loop);
-        EXPECT_EQ(player.playing(), loop);
-        EXPECT_EQ(st.RunMode, loop ? kRunPlayback : kRunLive);
+        // Stopped, or back to the start and playing on.
+        EXPECT_EQ(std::tuple(logged("stop"), logged("seek 20") && logged("play"), player.playing(),
+                             st.RunMode),
+                  std::tuple(!loop, loop, loop, loop ? kRunPlayback : kRunLive));
         player.cmdStop_Click();
     }
 }
 
-TEST_F(PlayerTest, SkipsLandInsideTheRangeAndRestartTheSoundOnce) {
+TEST_F(PlayerTest, SkipsAndThePositionBarLandInsideTheRange) {
     ASSERT_TRUE(load(steady(2000), {"rec.wav"}));  // 40 s: skips of 10 s, 500 records
     const std::tuple<int, bool, int> cases[] = {
         {100, true, 600}, {1800, true, 1950}, {600, false, 100}, {300, false, 1}};
@@ -236,9 +244,9 @@ TEST_F(PlayerTest, SkipsLandInsideTheRangeAndRestartTheSoundOnce) {
     EXPECT_EQ(panel.playTime, "0:20");
     player.tmrSkip_Timer();
     EXPECT_EQ(sound.log.back(), "play from 882882");  // record 1001: 20020 ms in bytes
-}
 
-TEST_F(PlayerTest, PositionBarSetsThePlayEndIdleAndSeeksWhilePlaying) {
+    // The position bar sets the play end when idle, and seeks while playing.
+    player.cmdStop_Click();
     ASSERT_TRUE(load(steady(2000), {"rec.wav"}));
     for (const auto& [fraction, end] :
          {std::pair{0.9999, 1999}, {1.0, 2000}, {1.7, 2000}, {0.5, 1000}}) {
@@ -317,7 +325,7 @@ TEST_F(PlayerTest, ClockShowsTheRecordingsTimeOnWholeMinutes) {
 // No sound device, or one lost while playing: the records go on against the
 // placeholder's clock, and the operator is told once.
 TEST_F(PlayerTest, ALostSoundDevicePlaysOnWithThePlaceholder) {
-    std::ofstream(dir.file("dummy.mp3")) << "x";
+    test::writeFile(dir.file("dummy.mp3"), "x");
     prompter.answers = {Answer::Ok};
     for (const char* failing : {"play", "status"}) {
         SCOPED_TRACE(failing);
@@ -328,8 +336,7 @@ TEST_F(PlayerTest, ALostSoundDevicePlaysOnWithThePlaceholder) {
         player.cmdPlay_Click();
         player.step();
         ASSERT_EQ(rs.track, &placeholder);
-        EXPECT_EQ(st.ShownStatus, "Audio OFF");
-        EXPECT_TRUE(player.playing()) << "playback goes on";
+        EXPECT_EQ(std::tuple(st.ShownStatus, player.playing()), std::tuple("Audio OFF", true));
         placeholder.pos = 2000;
         player.step();
         EXPECT_EQ(rs.buffer.RecIndex, 101) << "paced by the placeholder: 2000 ms shown";
@@ -341,60 +348,39 @@ TEST_F(PlayerTest, ALostSoundDevicePlaysOnWithThePlaceholder) {
 // Hangs and stalls: a pause just after a skip, a skip past a short sound's
 // end, the records due at once when the sound starts are no lag.
 TEST_F(PlayerTest, SkipsPausesAndStartsNeitherStallNorFlashTheLagLamp) {
-    const struct {
-        const char* what;
-        std::function<void()> act;
-        std::function<void()> check;
-    } cases[] = {
-        {"pause within the skip timer resumes at the skip's target",
-         [&] {
-             player.cmdFwd_Click();   // to record 501, 10020 ms
-             sound.pos = 3000;        // the sound, paused, still where it was
-             player.cmdPlay_Click();  // pause
-             player.cmdPlay_Click();  // play
-         },
-         [&] { EXPECT_EQ(sound.log.back(), "play from 10020"); }},
-        {"a skip past the sound's end ends the playback",
-         [&] {
-             sound.fail["play from 10020"] = kAudioBadRange;
-             player.cmdFwd_Click();
-             player.tmrSkip_Timer();
-         },
-         [&] {
-             EXPECT_EQ(player.state(), PlayState::Idle);
-             EXPECT_EQ(st.RunMode, kRunLive);
-         }},
-        {"two records due at the first step after Play are no lag", [&] { stepAt(45); },
-         [&] { EXPECT_EQ(display.only("LED(").back(), led(cfg.Dial_Color)); }},
-        {"nor after a skip",
-         [&] {
-             stepAt(45);
-             player.cmdFwd_Click();
-             player.tmrSkip_Timer();
-             stepAt(10045);
-         },
-         [&] {
-             EXPECT_EQ(rs.buffer.RecIndex, 503);
-             EXPECT_EQ(display.only("LED(").back(), led(cfg.Dial_Color));
-         }},
-        {"but two due later are",
-         [&] {
-             stepAt(45);
-             stepAt(105);
-         },
-         [&] { EXPECT_EQ(display.only("LED(").back(), led(cfg.LED_Lag_Color)); }},
-    };
     st.PortNumber = 1;
     st.LagLimit = 1;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    const auto fresh = [&] {
+        player.cmdStop_Click();
         sound.fail.clear();
         display.clear();
         play(steady(2000));
-        c.act();
-        c.check();
-        player.cmdStop_Click();
-    }
+    };
+    const auto lamp = [&] { return display.only("LED(").back(); };
+    fresh();
+    player.cmdFwd_Click();   // to record 501, 10020 ms
+    sound.pos = 3000;        // the sound, paused, still where it was
+    player.cmdPlay_Click();  // pause
+    player.cmdPlay_Click();  // play
+    EXPECT_EQ(sound.log.back(), "play from 10020") << "a pause within the skip timer";
+    fresh();
+    sound.fail["play from 10020"] = kAudioBadRange;
+    player.cmdFwd_Click();
+    player.tmrSkip_Timer();
+    EXPECT_EQ(std::tuple(player.state(), st.RunMode), std::tuple(PlayState::Idle, kRunLive))
+        << "a skip past the sound's end ends the playback";
+    fresh();
+    stepAt(45);
+    EXPECT_EQ(lamp(), led(cfg.Dial_Color)) << "two records due at the first step are no lag";
+    player.cmdFwd_Click();
+    player.tmrSkip_Timer();
+    stepAt(10045);
+    EXPECT_EQ(std::pair(rs.buffer.RecIndex, lamp()), std::pair(503, led(cfg.Dial_Color)))
+        << "nor after a skip";
+    fresh();
+    stepAt(45);
+    stepAt(105);
+    EXPECT_EQ(lamp(), led(cfg.LED_Lag_Color)) << "but two due later are";
 }
 
 }  // namespace

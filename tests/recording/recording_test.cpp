@@ -1,13 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <array>
 #include <chrono>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -18,7 +11,9 @@
 #include "common/vb_date.h"
 #include "recording/lvd_file.h"
 #include "recording/naming.h"
+#include "recording/rec_setup.h"
 #include "recording/recent_files.h"
+#include "support/lvd_files.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -26,21 +21,9 @@ namespace {
 using namespace std::chrono;
 namespace fs = std::filesystem;
 using Bytes = std::vector<std::uint8_t>;
-
+using lv::test::frame;
 // Records 1..n as a file holds them: TimeMs i * 20 at byte 0, dial type 1 at 12, 'P' at 19.
-Bytes steady(std::size_t n) {
-    Bytes bytes(n * 20);
-    for (std::size_t i = 1; i <= n; ++i) {
-        bytes[(i - 1) * 20] = static_cast<std::uint8_t>(i * 20);
-        bytes[(i - 1) * 20 + 12] = 0x20;
-        bytes[(i - 1) * 20 + 19] = 'P';
-    }
-    return bytes;
-}
-
-lv::lvdRecord frame(std::int32_t timeMs, std::array<std::uint8_t, 4> stamp = {}) {
-    return {.TimeMs = timeMs, .StatusFlags = 0x20, .Stamp = stamp, .FrameType = 'P'};
-}
+const auto steady = lv::test::steadyBytes;
 
 // A buffer that already holds something, to see what a load replaces.
 lv::RecBuffer usedBuffer() {
@@ -52,12 +35,12 @@ lv::RecBuffer usedBuffer() {
 }
 
 void writeBytes(const fs::path& path, const Bytes& bytes) {
-    std::ofstream(path, std::ios::binary) << std::string(bytes.begin(), bytes.end());
+    lv::test::writeFile(path, std::string(bytes.begin(), bytes.end()));
 }
 
 Bytes readBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::string s = lv::test::readFile(path);
+    return {s.begin(), s.end()};
 }
 
 struct Folder : ::testing::Test {
@@ -249,6 +232,8 @@ TEST(Naming, NamesDatesAndClockText) {
         s.SuffixType = suffixType;
         EXPECT_EQ(lv::autoName(s, {2024y / March / 5, 14, 7, 9}), name);
         EXPECT_EQ(lv::namingPatternText(s), pattern);
+        // The setup dialog's next name: the number, or the date pattern.
+        EXPECT_EQ(lv::nextNameText(s), (suffixType ? "Testyy-mm-dd__Hh.Nn.Ss" : name) + ".lvd");
     }
     EXPECT_EQ(lv::recordingModeCaption(3), "Auto Save");
     EXPECT_EQ(lv::formatNameStamp({2105y / November / 20, 9, 30, 0}), "05-11-20__09.30.00");
@@ -299,6 +284,58 @@ TEST_F(Folder, ResetDeletesExactlyPrefixAndThreeCharactersDotLvdOrWav) {
     EXPECT_TRUE(reset("Prefix_", "").deleted.empty());
     fs::current_path(before);
     EXPECT_EQ(files(), std::set<std::string>(kept.begin(), kept.end()));
+}
+
+// The recording setup dialog: the automatic modes need a save folder, and the
+// prefix must name a file that can be made in it.
+TEST_F(Folder, RecSetupModesNeedASaveFolderAndPrefixesAFileThatCanBeMadeThere) {
+    // mode, folder, selectable, the mode the dialog starts from
+    const std::tuple<std::int32_t, const char*, bool, std::int32_t> modes[] = {
+        {2, "", false, 1}, {3, "", false, 1}, {4, "", true, 4}, {3, "/r/", true, 3}};
+    for (const auto& [mode, folder, selectable, start] : modes)
+        EXPECT_EQ(std::pair(lv::modeSelectable(mode, folder), lv::selectableMode(mode, folder)),
+                  std::pair(selectable, start))
+            << mode << " '" << folder << "'";
+    lv::Settings s;
+    s.RecordingMode = 2;
+    s.SavePath = "/rec/";
+    EXPECT_EQ(lv::recordingModeTooltip(s), "Auto name and manually save in /rec/");
+    s.RecordingMode = 1;
+    EXPECT_EQ(lv::recordingModeTooltip(s), "Manual");
+    EXPECT_EQ(lv::saveFolderText("/home/op/rec") + lv::saveFolderText("/"), "/home/op/rec//");
+
+    touch("Keep000.lvd");  // already there: usable, left as it is
+    const std::string here = temp.path().string() + "/";
+    // Without a folder only the no-subfolder rule applies; "/proc/" takes no new file.
+    const std::tuple<std::string, std::string, bool> prefixes[] = {
+        {here, "Keep", true},
+        {here, std::string(300, 'a'), false},
+        {"/proc/", "Test_", false},
+        {"", std::string(300, 'a'), true},
+        {"", "a/b", false}};
+    for (const auto& [folder, prefix, valid] : prefixes) {
+        const auto problem = lv::checkPrefix(folder, prefix);
+        EXPECT_EQ(problem ? problem->title + "|" + problem->text : "",
+                  valid ? "" : "Validate Filename|Error: Invalid Prefix name ")
+            << "'" << folder << "' '" << prefix.substr(0, 10) << "'";
+    }
+    EXPECT_EQ(files(), std::set<std::string>{"Keep000.lvd"});
+    EXPECT_EQ(readBytes(file("Keep000.lvd")), Bytes{'x'});
+
+    // OK copies the dialog's settings, and no others.
+    lv::Settings edited, inForce;
+    edited.RecordingMode = 3;
+    edited.SuffixNum = 42;
+    edited.RecPromptEnable = false;
+    edited.LoadPath = "/elsewhere/";
+    edited.PlayLoopEnable = true;
+    edited.DialType = 3;
+    lv::copyRecordingSetup(edited, inForce);
+    const lv::Settings defaults;
+    EXPECT_EQ(
+        std::tuple(inForce.RecordingMode, inForce.SuffixNum, inForce.RecPromptEnable,
+                   inForce.LoadPath, inForce.PlayLoopEnable, inForce.DialType),
+        std::tuple(3, 42, false, defaults.LoadPath, defaults.PlayLoopEnable, defaults.DialType));
 }
 
 // Newest first, each once, ten at most, and the same list in the next run.

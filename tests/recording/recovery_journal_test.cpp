@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <tuple>
 
 #include "recording/lvd_file.h"
+#include "support/lvd_files.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -20,23 +18,14 @@ using Header = RecoveryJournal::Header;
 
 const Header kHeader{50829, 8831, 44100, 1, 4, "Rec007"};
 
-lvdRecord frame(std::int32_t timeMs) {
-    return {.TimeMs = timeMs, .RawData = -3, .StatusFlags = 0x20, .FrameType = 'P'};
-}
-
 // A journal written and then left as a crash leaves it: flushed, never discarded.
 void crash(const fs::path& folder, int records) {
     RecoveryJournal journal;
     ASSERT_TRUE(journal.open(folder, kHeader));
-    for (int i = 1; i <= records; ++i) journal.appendRecord(frame(i * 20));
+    for (const lvdRecord& r : test::steady(records)) journal.appendRecord(r);
     journal.appendAudio("LEAD");
     journal.appendAudio("pcm-data");
     ASSERT_TRUE(journal.flush());
-}
-
-std::string readAll(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 TEST(RecoveryJournal, ACrashIsKeptAsAStampedPairNamedByItsStartNeverOverAnotherFile) {
@@ -63,14 +52,14 @@ TEST(RecoveryJournal, ACrashIsKeptAsAStampedPairNamedByItsStartNeverOverAnotherF
         const char header[] =
             "RIFF\x2c\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x22\x56\0\0\x44\xac\0\0\x02\0\x10\0"
             "data\x08\0\0\0";
-        EXPECT_EQ(readAll(*kept.wavFile), std::string(header, 44) + "pcm-data");
+        EXPECT_EQ(test::readFile(*kept.wavFile), std::string(header, 44) + "pcm-data");
     }
     EXPECT_EQ(RecoveryJournal::preserve(dir.path(), into, cfg).outcome,
               RecoveryJournal::Preserved::Outcome::Nothing);
 
     // A place that cannot take it: the journal stays, and no new one replaces it.
     crash(dir.path(), 2);
-    std::ofstream(dir.path() / "blocked") << 'x';
+    test::writeFile(dir.path() / "blocked", "x");
     const auto failed = RecoveryJournal::preserve(dir.path(), dir.path() / "blocked" / "r", cfg);
     EXPECT_EQ(failed.outcome, RecoveryJournal::Preserved::Outcome::Failed);
     EXPECT_FALSE(failed.error.empty());
@@ -88,7 +77,7 @@ TEST(RecoveryJournal, ATornOrUnwrittenTailIsDroppedAndATornHeaderIsNothing) {
         test::TempDir dir("lv_journal");
         crash(dir.path(), 3);
         const fs::path records = dir.path() / RecoveryJournal::kRecordsFile;
-        std::ofstream(records, std::ios::binary | std::ios::app) << tail;
+        test::writeFile(records, test::readFile(records) + tail);
         if (size) fs::resize_file(records, *size);
         const auto found = RecoveryJournal::find(dir.path());
         EXPECT_EQ(found.has_value(), !size);
@@ -102,13 +91,13 @@ TEST(RecoveryJournal, NothingWithoutRecordsNoSoundOnceGivenUpAndDiscardRemovesAl
     EXPECT_FALSE(RecoveryJournal::find(dir.path()));
     RecoveryJournal journal;
     ASSERT_TRUE(journal.open(dir.path(), kHeader));
-    journal.appendRecord(frame(20));
+    journal.appendRecord(test::frame(20));
     journal.appendAudio("LEADpcm");
     Header later = kHeader;
     later.AudioBytesPerSec = 1000;             // the sound was given up
     later.SaveName = std::string(600, 'n');    // longer than the header holds
     ASSERT_TRUE(journal.updateHeader(later));  // in place, records kept
-    journal.appendRecord(frame(40));
+    journal.appendRecord(test::frame(40));
     // Held open: a recording in progress, here or in another instance.
     EXPECT_EQ(RecoveryJournal::preserve(dir.path(), dir.path() / "r", Settings{}).outcome,
               RecoveryJournal::Preserved::Outcome::Nothing);

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -10,21 +8,14 @@
 #include "settings/session_config.h"
 #include "settings/settings_file.h"
 #include "settings/settings_table.h"
+#include "support/file_bytes.h"
 #include "support/temp_dir.h"
 
 namespace lv {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string readAll(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-void writeAll(const fs::path& file, const std::string& text) {
-    std::ofstream(file, std::ios::binary) << text;
-}
+using test::readFile, test::writeFile;
 
 void set(Settings& values, const char* key, const char* text) {
     ASSERT_TRUE(applySettingText(values, *findSetting(key), text)) << key << "=" << text;
@@ -86,10 +77,10 @@ TEST(ProfileFile, ReadsAsThePlatformDidAndWritesOnlyWhatItMust) {
 TEST_F(Folder, ProfileOnDiskKeepsOtherProgramsLinesAndFailsCleanly) {
     EXPECT_EQ(ReadProfileValue("A", "k", "dflt", file("none.ini")), "dflt");
     EXPECT_FALSE(fs::exists(file("none.ini")));
-    writeAll(file("shared.ini"), "; by hand\n[Other]\nkey=v ; x\n\n[Colors]\nDial_Color=1\n");
+    writeFile(file("shared.ini"), "; by hand\n[Other]\nkey=v ; x\n\n[Colors]\nDial_Color=1\n");
     ASSERT_TRUE(WriteProfileValue("colors", "dial_color", "2", file("shared.ini")));
     ASSERT_TRUE(WriteProfileValue("Format", "DialType", "4", file("shared.ini")));
-    EXPECT_EQ(readAll(file("shared.ini")),
+    EXPECT_EQ(readFile(file("shared.ini")),
               "; by hand\n[Other]\nkey=v ; x\n\n[Colors]\nDial_Color=2\n[Format]\nDialType=4\n");
     // Inside a "folder" that is a file, and onto a folder: neither can be written.
     EXPECT_FALSE(WriteProfileValue("A", "k", "1", file("shared.ini") + "/s.ini"));
@@ -104,7 +95,7 @@ TEST_F(Folder, AFirstRunGivesTheDefaultsAndSavesThemInOrder) {
     ASSERT_TRUE(SaveRecordingSettings(store));
     EXPECT_TRUE(SettingsUnchanged(store)) << "the four sections missing compare by their defaults";
     ASSERT_TRUE(SaveSettings(store));
-    std::string lines = readAll(ini());
+    std::string lines = readFile(ini());
     for (std::size_t at; (at = lines.find("\r\n")) != std::string::npos;) lines.replace(at, 2, " ");
     EXPECT_EQ(
         lines,
@@ -122,6 +113,15 @@ TEST_F(Folder, AFirstRunGivesTheDefaultsAndSavesThemInOrder) {
         "FreezeEnable=False NeedleBdEnable=False lv3SensorMode=False "
         "[Graph] GraphInvert=False GraphPenWidth_Index=2 GridX=False GridY=False GraphTimescale=8 "
         "GraphGain=0 ");
+
+    // Save As replaces the chosen file whole, and takes it on; Recording stays behind.
+    writeFile(file("other.ini"), "[Recording]\r\nSavePrefix=Old_\r\n[Junk]\r\na=1\r\n");
+    ASSERT_TRUE(SaveSettingsAs(store, file("other.ini")));
+    EXPECT_EQ(store.SettingsFilePath, file("other.ini"));
+    std::vector<std::string> sections;
+    for (const auto& [section, key] : ProfileFile::load(file("other.ini")).entries())
+        if (sections.empty() || sections.back() != section) sections.push_back(section);
+    EXPECT_EQ(sections, (std::vector<std::string>{"Colors", "Format", "Settings", "Graph"}));
 }
 
 // "@" is the data folder. The folder in use never depends on where the
@@ -130,30 +130,27 @@ TEST_F(Folder, AFirstRunGivesTheDefaultsAndSavesThemInOrder) {
 TEST_F(Folder, SavePathResolvesAgainstTheDataFolderAndIsWrittenBackAsRead) {
     store.RecordingsFolder = "/docs/lv_Analog/";
     const std::pair<std::string, std::string> cases[] = {
-        {"", "/docs/lv_Analog/"},
-        {"C:\\Program Files\\lumivane\\", "/docs/lv_Analog/"},
-        {"D:rec", "/docs/lv_Analog/"},
-        {"rec", "@rec/"},
-        {"sub/rec/", "@sub/rec/"},
-        {"/abs/rec", "/abs/rec/"},
+        {"", "/docs/lv_Analog/"},      {"C:\\Program Files\\lumivane\\", "/docs/lv_Analog/"},
+        {"D:rec", "/docs/lv_Analog/"}, {"rec", "@rec/"},
+        {"sub/rec/", "@sub/rec/"},     {"/abs/rec", "/abs/rec/"},
         {"/abs/rec/", "/abs/rec/"},
     };
     for (const auto& [text, resolved] : cases) {
-        writeAll(ini(), "[Recording]\r\nSavePath=" + text + "\r\n");
+        writeFile(ini(), "[Recording]\r\nSavePath=" + text + "\r\n");
         LoadSettings(store);
         std::string expected = resolved;
         if (expected.starts_with("@")) expected.replace(0, 1, store.DataFolder);
         EXPECT_EQ(store.values.SavePath, expected) << text;
         ASSERT_TRUE(SaveRecordingSettings(store));
-        EXPECT_NE(readAll(ini()).find("SavePath=" + text + "\r\n"), std::string::npos) << text;
+        EXPECT_NE(readFile(ini()).find("SavePath=" + text + "\r\n"), std::string::npos) << text;
         store.values.SavePath = "/chosen/";
         ASSERT_TRUE(SaveRecordingSettings(store));
-        EXPECT_NE(readAll(ini()).find("SavePath=/chosen/\r\n"), std::string::npos) << text;
+        EXPECT_NE(readFile(ini()).find("SavePath=/chosen/\r\n"), std::string::npos) << text;
     }
 }
 
 TEST_F(Folder, TheFileInUseIsKeptOnlyWhileItExists) {
-    writeAll(file("mine.ini"), "[Format]\r\nDialType=3\r\n");
+    writeFile(file("mine.ini"), "[Format]\r\nDialType=3\r\n");
     for (const auto& [remembered, used, dialType] :
          {std::tuple{file("mine.ini"), file("mine.ini"), 3}, {file("gone.ini"), ini(), 1}}) {
         store.SettingsFilePath = remembered;
@@ -173,7 +170,7 @@ TEST_F(Folder, TheFileInUseIsKeptOnlyWhileItExists) {
 }
 
 TEST_F(Folder, ABadValueLeavesOnlyItsKeyAndASaveKeepsOtherLines) {
-    writeAll(
+    writeFile(
         ini(),
         "; mine\r\n[Format]\r\nDialType=abc\r\nScaleType=1\r\n[Recording]\r\nSavePrefix=Mine_\r\n");
     LoadSettings(store);
@@ -184,7 +181,7 @@ TEST_F(Folder, ABadValueLeavesOnlyItsKeyAndASaveKeepsOtherLines) {
     EXPECT_EQ(store.values.DialType, 2) << "on a later load: whatever the program had";
     ASSERT_TRUE(SaveSettings(store));
     // Lines already there stay where they are; new keys follow their section's last entry.
-    const std::string text = readAll(ini());
+    const std::string text = readFile(ini());
     EXPECT_TRUE(
         text.starts_with("; mine\r\n[Format]\r\nDialType=2\r\nScaleType=1\r\nNeedle_Width=4\r\n"));
     EXPECT_NE(text.find("DateType=1\r\n[Recording]\r\nSavePrefix=Mine_\r\n[Colors]\r\n"),
@@ -209,22 +206,11 @@ TEST_F(Folder, EachKeyLoadsAsItsTypeReadsIt) {
         {"SavePrefix", "P_", "\"Q_\"", "Q_"}};
     for (const auto& [key, before, fileText, after] : cases) {
         set(store.values, key, before);
-        writeAll(ini(),
-                 "[" + std::string(findSetting(key)->section) + "]\r\n" + key + "=" + fileText);
+        writeFile(ini(),
+                  "[" + std::string(findSetting(key)->section) + "]\r\n" + key + "=" + fileText);
         LoadSettings(store);
         EXPECT_EQ(settingText(store.values, *findSetting(key)), after) << key << "=" << fileText;
     }
-}
-
-TEST_F(Folder, SaveSettingsAsReplacesTheChosenFile) {
-    writeAll(file("other.ini"), "[Recording]\r\nSavePrefix=Old_\r\n[Junk]\r\na=1\r\n");
-    LoadSettings(store);
-    ASSERT_TRUE(SaveSettingsAs(store, file("other.ini")));
-    EXPECT_EQ(store.SettingsFilePath, file("other.ini"));
-    std::vector<std::string> sections;
-    for (const auto& [section, key] : ProfileFile::load(file("other.ini")).entries())
-        if (sections.empty() || sections.back() != section) sections.push_back(section);
-    EXPECT_EQ(sections, (std::vector<std::string>{"Colors", "Format", "Settings", "Graph"}));
 }
 
 TEST_F(Folder, SettingsUnchangedComparesEachKindItsOwnWay) {
@@ -277,7 +263,7 @@ TEST_F(Folder, SessionConfigIsSequentialWriteTextAndRoundTrips) {
         "200\r\n570\r\n940\r\n1310\r\n1680\r\n2050\r\n2420\r\n2790\r\n3160\r\n3530\r\n3900\r\n");
     SessionConfig read;
     EXPECT_FALSE(LoadSessionConfig(dir, read)) << "no file yet";
-    writeAll(file("lv_Analog.cfg"), std::string(2000, 'z'));  // replaced whole
+    writeFile(file("lv_Analog.cfg"), std::string(2000, 'z'));  // replaced whole
     ASSERT_EQ(SaveSessionConfig(dir, written), std::nullopt);
     ASSERT_TRUE(LoadSessionConfig(dir, read));
     EXPECT_EQ(std::pair(read.HardwareSerial, read.DialCalibration[11]),

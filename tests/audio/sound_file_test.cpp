@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <fstream>
-#include <iterator>
+#include <algorithm>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,6 +9,8 @@
 #include "audio/capture_file.h"
 #include "audio/sound_decoder.h"
 #include "audio/wave_file.h"
+#include "support/file_bytes.h"
+#include "support/pcm_noise.h"
 #include "support/sound_files.h"
 #include "support/temp_dir.h"
 
@@ -23,21 +24,17 @@ std::vector<std::int16_t> readAll(SoundDecoder& d) {
     return all;
 }
 
-std::string bytesOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 // Every kind of file the decoders meet: the exact length, read to the very
 // end, and a seek that lands on the same sample a whole decode finds there.
 // An MP3 carries the encoder's delay and padding, some tens of milliseconds;
-// the VBR file made with -t has no Xing/Info header at all.
+// the VBR file made with -t has no Xing/Info header at all. A wave counts
+// bytes of its own encoding, whatever it decodes to: its bits are reported.
 TEST(SoundDecoder, ReadsWholeFilesAndSeeksToTheSample) {
     struct Case {
         const char* name;
         const char* sox;   // format options of the sound sox writes
-        const char* lame;  // encoder options; none: the wave itself is played
-        AudioKind kind;
+        const char* lame;  // encoder options; none: the sox file itself is played
+        AudioKind kind;    // Wave for a RIFF wave, which is what says isWave
         int rate, channels, bits;
         double seconds;
         std::int64_t slackMs;
@@ -48,6 +45,7 @@ TEST(SoundDecoder, ReadsWholeFilesAndSeeksToTheSample) {
         {"24-bit.wav", "-r 48000 -c 2 -b 24", nullptr, AudioKind::Wave, 48000, 2, 24, 3, 0},
         {"float.wav", "-r 44100 -c 1 -b 32 -e floating-point", nullptr, AudioKind::Wave, 44100, 1,
          32, 3, 0},
+        {"16-bit.aiff", "-r 8000 -c 1 -b 16", nullptr, AudioKind::Compressed, 8000, 1, 16, 2, 0},
         {"cbr.mp3", "-r 44100 -c 2 -b 16", "-b 128", AudioKind::Compressed, 44100, 2, 16, 6, 70},
         {"vbr-no-header.mp3", "-r 44100 -c 1 -b 16", "-V 4 -t", AudioKind::Compressed, 44100, 1, 16,
          20, 70},
@@ -56,17 +54,13 @@ TEST(SoundDecoder, ReadsWholeFilesAndSeeksToTheSample) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         const std::string path = dir.file(c.name);
-        if (c.lame) {
-            test::makeNoise(dir.file("source.wav"), c.sox, c.seconds);
-            test::encodeMp3(dir.file("source.wav"), c.lame, path);
-        } else {
-            test::makeNoise(path, c.sox, c.seconds);
-        }
+        test::makeNoise(c.lame ? dir.file("source.wav") : path, c.sox, c.seconds);
+        if (c.lame) test::encodeMp3(dir.file("source.wav"), c.lame, path);
         std::unique_ptr<SoundDecoder> d;
         ASSERT_EQ(openSoundDecoder(path, c.kind, d), kAudioOk);
         const SoundInfo& info = d->info();
         EXPECT_EQ(std::tuple(info.sampleRate, info.channels, info.bitsPerSample, info.isWave),
-                  std::tuple(c.rate, c.channels, c.bits, c.lame == nullptr));
+                  std::tuple(c.rate, c.channels, c.bits, c.kind == AudioKind::Wave));
         const std::int64_t frames = d->waitForFrames();
         const auto encodedMs = static_cast<std::int64_t>(c.seconds * 1000);
         EXPECT_GE(framesToMs(frames, c.rate), encodedMs);
@@ -74,24 +68,55 @@ TEST(SoundDecoder, ReadsWholeFilesAndSeeksToTheSample) {
 
         const std::vector<std::int16_t> whole = readAll(*d);
         EXPECT_EQ(static_cast<std::int64_t>(whole.size()), frames * c.channels);
-        // Near the end, then back near the start, each checked sample for sample.
-        for (const double at : {0.9, 0.05}) {
+        // Near the end, back near the start, and a fresh decoder at once,
+        // before its scan has told the length: each sample for sample.
+        std::unique_ptr<SoundDecoder> fresh;
+        ASSERT_EQ(openSoundDecoder(path, c.kind, fresh), kAudioOk);
+        for (auto [decoder, at] : {std::pair{d.get(), 0.9}, {d.get(), 0.05}, {fresh.get(), 0.5}}) {
             const auto frame = static_cast<std::int64_t>(frames * at);
-            ASSERT_TRUE(d->seek(frame));
+            ASSERT_TRUE(decoder->seek(frame));
             std::vector<std::int16_t> got(1000 * static_cast<std::size_t>(c.channels));
-            ASSERT_EQ(d->read(got.data(), 1000), 1000);
+            ASSERT_EQ(decoder->read(got.data(), 1000), 1000);
             EXPECT_TRUE(std::equal(got.begin(), got.end(), whole.begin() + frame * c.channels))
                 << "after a seek to " << frame;
         }
-        // A fresh decoder seeks at once, before its scan has told the length.
-        std::unique_ptr<SoundDecoder> fresh;
-        ASSERT_EQ(openSoundDecoder(path, c.kind, fresh), kAudioOk);
-        const std::int64_t frame = frames / 2;
-        ASSERT_TRUE(fresh->seek(frame));
-        std::vector<std::int16_t> got(1000 * static_cast<std::size_t>(c.channels));
-        ASSERT_EQ(fresh->read(got.data(), 1000), 1000);
-        EXPECT_TRUE(std::equal(got.begin(), got.end(), whole.begin() + frame * c.channels));
     }
+}
+
+// Saved waves are 16-bit PCM, header and data only; a partial frame is dropped.
+TEST(WaveFile, WritesAndReadsBackAndReportsFailures) {
+    test::TempDir dir("wave_file");
+    // 10 bytes: 2 stereo frames and a half.
+    const std::tuple<int, int, std::size_t, std::size_t> cases[] = {
+        {22050, 1, 22050, 22050}, {48000, 2, 40000, 40000}, {8000, 1, 0, 0}, {22050, 2, 5, 4}};
+    for (const auto& [rate, channels, samples, kept] : cases) {
+        const std::string pcm = test::noise(samples);
+        ASSERT_EQ(writeWave16(dir.file("t.wav"), rate, channels, pcm), kAudioOk);
+        DecodedSound got;
+        ASSERT_EQ(decodeSoundFile(dir.file("t.wav"), got), kAudioOk);
+        EXPECT_EQ(std::tuple(got.sampleRate, got.channels, got.bitsPerSample, got.isWave),
+                  std::tuple(rate, channels, 16, true));
+        EXPECT_TRUE(got.pcm == pcm.substr(0, kept * 2)) << samples;
+        EXPECT_EQ(std::filesystem::file_size(dir.file("t.wav")), 44 + kept * 2);
+    }
+    test::writeFile(dir.file("notes.wav"), "RIFF but not really a wave file at all");
+    DecodedSound got;
+    EXPECT_EQ(decodeSoundFile(dir.file("absent.wav"), got), kAudioFileNotFound);
+    EXPECT_EQ(decodeSoundFile(dir.file("notes.wav"), got), kAudioBadFile);
+    EXPECT_TRUE(got.pcm.empty());
+    std::filesystem::remove(dir.file("t.wav"));
+    EXPECT_EQ(writeWave16(dir.file("no/such/folder.wav"), 22050, 1, "pcm!"), kAudioWriteFailed);
+    EXPECT_EQ(writeWave16(dir.file("t.wav"), 0, 1, "pcm!"), kAudioWriteFailed);
+    EXPECT_FALSE(std::filesystem::exists(dir.file("t.wav")));
+
+    // The placeholder that ships with the program: about a second of silence.
+    ASSERT_EQ(decodeSoundFile(LV_DUMMY_MP3, got), kAudioOk);
+    EXPECT_EQ(std::pair(got.isWave, got.channels), std::pair(false, 1));
+    EXPECT_NEAR(static_cast<double>(got.frames()) / got.sampleRate, 1.0, 0.15);
+    std::vector<std::int16_t> samples(got.pcm.size() / 2);
+    std::memcpy(samples.data(), got.pcm.data(), samples.size() * 2);
+    const auto [low, high] = std::minmax_element(samples.begin(), samples.end());
+    EXPECT_LE(std::max(-*low, +*high), 4);
 }
 
 // The sound of a recording streams to disk as it arrives; the lead-in is cut
@@ -100,9 +125,7 @@ TEST(SoundDecoder, ReadsWholeFilesAndSeeksToTheSample) {
 // folder takes no file and the sound stays in memory instead.
 TEST(SoundDecoder, SavingACaptureWritesWhatMemoryWould) {
     test::TempDir dir("capture");
-    std::string pcm(3 * 44100 + 10, '\0');
-    std::uint32_t state = 1;
-    for (char& b : pcm) b = static_cast<char>((state = state * 1664525u + 1013904223u) >> 24);
+    const std::string pcm = test::noise(3 * 22050 + 5) + 'x';
     const struct {
         std::string folder;
         std::int64_t cut;
@@ -121,9 +144,9 @@ TEST(SoundDecoder, SavingACaptureWritesWhatMemoryWould) {
         ASSERT_EQ(writeWave16(dir.file("memory.wav"), 22050, 1,
                               std::string_view(pcm).substr(static_cast<std::size_t>(c.cut))),
                   kAudioOk);
-        const std::string saved = bytesOf(dir.file("streamed.wav"));
+        const std::string saved = test::readFile(dir.file("streamed.wav"));
         EXPECT_EQ(saved.size(), 44 + (pcm.size() - c.cut) / 2 * 2);
-        EXPECT_TRUE(saved == bytesOf(dir.file("memory.wav"))) << c.folder << " cut " << c.cut;
+        EXPECT_TRUE(saved == test::readFile(dir.file("memory.wav"))) << c.folder << " " << c.cut;
     }
     // Nothing of the capture is left in the folder.
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2);
