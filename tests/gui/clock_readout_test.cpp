@@ -39,43 +39,33 @@ protected:
 };
 
 TEST_F(ClockReadoutTest, DrawsTheChosenClockInsideItsBox) {
-    struct Case {
-        std::int32_t clockType, dateType;
-        bool left, time, date;  // ink expected in the upper half, in the bottom fifth
-    } const cases[] = {
-        {0, 1, false, false, false}, {1, 1, false, true, true},  // the dial reaches down
-        {2, 0, false, true, false},  {2, 2, true, true, true},    {3, 0, true, true, false},
-        {3, 1, false, true, true},   {3, -1, false, true, false}, {3, 5, false, true, false},
-        {9, 1, false, false, false}, {-1, 2, true, false, false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.clockType << "/" << c.dateType << "/" << c.left);
-        cfg.ClockType = c.clockType;
-        cfg.DateType = c.dateType;
-        cfg.ClockLeft = c.left;
+    // Clock and date type, on the left; ink expected in the upper half, in the bottom fifth
+    // (the analogue dial reaches down).
+    const std::tuple<int, int, bool, bool, bool> cases[] = {
+        {0, 1, false, false, false}, {1, 1, false, true, true},  {2, 2, true, true, true},
+        {3, 0, true, true, false},   {3, 5, false, true, false}, {-1, 2, true, false, false}};
+    for (const auto& [clockType, dateType, left, time, date] : cases) {
+        SCOPED_TRACE(testing::Message() << clockType << "/" << dateType << "/" << left);
+        std::tie(cfg.ClockType, cfg.DateType, cfg.ClockLeft) =
+            std::tuple(clockType, dateType, left);
         const ReadoutBox box = readouts.clockBox();
         panel.fillRect(box.x, box.y, box.width, box.height, kStale);
         readouts.Update_Clock(0, 5, 0, {2026, 11, 22});
-        EXPECT_EQ(ink(box, 0, 0.5) > 0, c.time);
-        EXPECT_EQ(ink(box, 0.8, 1) > 0, c.date);
+        EXPECT_EQ(std::pair(ink(box, 0, 0.5) > 0, ink(box, 0.8, 1) > 0), std::pair(time, date));
         EXPECT_EQ(ink(box, 0, 1, true), 0) << "nothing outside the box";
         panel.clear();
     }
 }
 
-TEST_F(ClockReadoutTest, LongDateUsesTwoLinesAndMoreInkThanShort) {
-    cfg.ClockType = 2;
-    auto dateInk = [&](std::int32_t dateType) {
-        cfg.DateType = dateType;
-        panel.clear();
-        readouts.Update_Clock(23, 59, 0, {2026, 11, 22});
-        return std::pair{ink(readouts.clockBox(), 0.5, 0.75), ink(readouts.clockBox(), 0.75, 1)};
-    };
-    const auto [shortMiddle, shortBottom] = dateInk(1);
-    const auto [longMiddle, longBottom] = dateInk(2);
-    EXPECT_GT(longMiddle, shortMiddle) << "the weekday takes the middle band";
-    EXPECT_GT(shortBottom, 0);
-    EXPECT_GT(longBottom, 0);
+// The base readout: a number adds ink to the caption, and its wipe takes it all away.
+TEST_F(ClockReadoutTest, BaseNumberIsWipedWhole) {
+    readouts.Update_BaseDisplay("");
+    const int caption = ink(kBaseBox, 0, 1);
+    EXPECT_GT(caption, 0);
+    readouts.Update_BaseDisplay("12.25");
+    EXPECT_GT(ink(kBaseBox, 0, 1), caption + 100);
+    readouts.Update_BaseDisplay("");
+    EXPECT_EQ(ink(kBaseBox, 0, 1), caption);
 }
 
 }  // namespace
