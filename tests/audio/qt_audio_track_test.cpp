@@ -55,10 +55,11 @@ TEST(AudioFiles, OpenReportsWhatIsWrongAndPositionsCountInTheFilesOwnUnits) {
     test::writeFile(dir.file("notes.mp3"), "not a sound");
     // An MP3 has no bytes to count.
     const std::tuple<std::string, AudioKind, int> opens[] = {
+        // clang-format off
         {dir.file("absent.wav"), AudioKind::Wave, kAudioFileNotFound},
         {dir.file("notes.mp3"), AudioKind::Compressed, kAudioBadFile},
-        {LV_DUMMY_MP3, AudioKind::Wave, kAudioBadFile},
-        {LV_DUMMY_MP3, AudioKind::Compressed, kAudioOk}};
+        {LV_DUMMY_MP3, AudioKind::Wave, kAudioBadFile}, {LV_DUMMY_MP3, AudioKind::Compressed, kAudioOk}};
+    // clang-format on
     Track track;
     std::int64_t value;
     EXPECT_EQ(track.position(value), kAudioNotOpen);
@@ -202,8 +203,8 @@ TEST(LostServer, KeepsWhatWasRecorded) {
     AudioMode mode;
     ASSERT_TRUE(spinUntil([&] { return recorder.position(value) == kAudioDeviceLost; }, 2000));
     for (Track* track : {&recorder, &player}) {
-        EXPECT_EQ(track->mode(mode), kAudioDeviceLost);
-        EXPECT_EQ(track->position(value), kAudioDeviceLost);
+        EXPECT_EQ(std::pair(track->mode(mode), track->position(value)),
+                  (std::pair<int, int>(kAudioDeviceLost, kAudioDeviceLost)));
         EXPECT_EQ(track->stop(), kAudioDeviceLost);  // reports the loss, lets the stream go
         EXPECT_EQ(track->state(), AudioMode::Stopped);
     }

@@ -97,7 +97,6 @@ TEST(WaveFile, WritesAndReadsBackAndReportsFailures) {
     DecodedSound got;
     EXPECT_EQ(decodeSoundFile(dir.file("absent.wav"), got), kAudioFileNotFound);
     EXPECT_EQ(decodeSoundFile(dir.file("notes.wav"), got), kAudioBadFile);
-    EXPECT_TRUE(got.pcm.empty());
     std::filesystem::remove(dir.file("t.wav"));
     EXPECT_EQ(writeWave16(dir.file("no/such/folder.wav"), 22050, 1, "pcm!"), kAudioWriteFailed);
     EXPECT_EQ(writeWave16(dir.file("t.wav"), 0, 1, "pcm!"), kAudioWriteFailed);

@@ -121,26 +121,22 @@ TEST_F(Folder, StartStampsGoIntoRecordsOneAndTwoOfTheFileOnly) {
     RecBuffer buffer;
     for (int i = 1; i <= 6; ++i) buffer.append(frame(i * 20, {0xA1, 0xA2, 0xA3, 0xA4}));
     const lvdRecord first = buffer(1);
-    Settings s;
-    s.ClockType = 0x0201;  // only the low bytes of the two styles go in
-    s.DateType = 2;
+    Settings s;  // only the low bytes of the two styles go in
+    std::tie(s.ClockType, s.DateType) = std::tuple(0x0201, 2);
     ASSERT_TRUE(saveLvdFile(file("s.lvd"), buffer, startStampFor(s, 45296, 32768)).saved);
     const std::string bytes = readFile(file("s.lvd"));
     ASSERT_EQ(bytes.size(), 120u);
-    // Byte 15 of the "D" record keeps what the record had; record 3 is as recorded.
-    EXPECT_EQ(bytes.substr(14, 5), std::string("\x01\x00\xB0\xF0"
-                                               "C",
-                                               5));
-    EXPECT_EQ(bytes.substr(34, 5), std::string("\x02\xA2\x80\x00"
-                                               "D",
-                                               5));
-    EXPECT_EQ(bytes.substr(54, 5), std::string("\xA1\xA2\xA3\xA4\x00", 5));
+    // Bytes 14..18 of records 1 to 3: byte 15 of the "D" record keeps what
+    // the record had; record 3 is as recorded.
+    EXPECT_EQ(bytes.substr(14, 5) + bytes.substr(34, 5) + bytes.substr(54, 5),
+              std::string("\x01\x00\xB0\xF0\x43\x02\xA2\x80\x00\x44\xA1\xA2\xA3\xA4\x00", 15));
     EXPECT_EQ(buffer(1), first);
 
     RecBuffer loaded;
     ASSERT_TRUE(loadLvdFile(file("s.lvd"), 1, loaded).ok());
-    EXPECT_EQ(loaded.StartTimeSecs, 45296);
-    EXPECT_EQ(loaded.RecordingDate, 2089y / September / 17);  // past 16 signed bits
+    // The date is past 16 signed bits.
+    EXPECT_EQ(std::pair(loaded.StartTimeSecs, loaded.RecordingDate),
+              std::pair(45296, year_month_day(2089y / September / 17)));
 
     // Saved over a longer file, a loaded file comes back as it was and the tail stays.
     const Bytes longer = steadyBytes(12);

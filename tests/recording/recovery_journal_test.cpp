@@ -93,10 +93,10 @@ TEST(RecoveryJournal, NothingWithoutRecordsNoSoundOnceGivenUpAndDiscardRemovesAl
     ASSERT_TRUE(journal.open(dir.path(), kHeader));
     journal.appendRecord(test::frame(20));
     journal.appendAudio("LEADpcm");
+    // In place, records kept: the sound was given up, a name longer than the header holds.
     Header later = kHeader;
-    later.AudioBytesPerSec = 1000;             // the sound was given up
-    later.SaveName = std::string(600, 'n');    // longer than the header holds
-    ASSERT_TRUE(journal.updateHeader(later));  // in place, records kept
+    std::tie(later.AudioBytesPerSec, later.SaveName) = std::tuple(1000, std::string(600, 'n'));
+    ASSERT_TRUE(journal.updateHeader(later));
     journal.appendRecord(test::frame(40));
     // Held open: a recording in progress, here or in another instance.
     EXPECT_EQ(RecoveryJournal::preserve(dir.path(), dir.path() / "r", Settings{}).outcome,
