@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <QElapsedTimer>
 #include <cstdio>
@@ -25,12 +24,8 @@ void spin(int ms) {
 
 bool spinUntil(const std::function<bool()>& done, int timeoutMs) {
     QElapsedTimer timer;
-    timer.start();
-    while (!done())
-        if (timer.elapsed() > timeoutMs)
-            return false;
-        else
-            spin(5);
+    for (timer.start(); !done(); spin(5))
+        if (timer.elapsed() > timeoutMs) return false;
     return true;
 }
 
@@ -50,21 +45,6 @@ struct Track : QtAudioTrack {
     }
 };
 
-struct SavedWave {
-    SF_INFO info{};
-    std::string pcm;
-};
-
-SavedWave readWave(const std::string& path) {
-    SavedWave w;
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &w.info);
-    if (!f) return w;
-    w.pcm.resize(static_cast<std::size_t>(w.info.frames * w.info.channels) * 2);
-    sf_readf_short(f, reinterpret_cast<short*>(w.pcm.data()), w.info.frames);
-    sf_close(f);
-    return w;
-}
-
 // ---- Without any sound device needed -------------------------------------
 
 // Opening says what is wrong, and commands need the right track. A wave then
@@ -73,11 +53,13 @@ SavedWave readWave(const std::string& path) {
 TEST(AudioFiles, OpenReportsWhatIsWrongAndPositionsCountInTheFilesOwnUnits) {
     test::TempDir dir("audio_files");
     test::writeFile(dir.file("notes.mp3"), "not a sound");
+    // An MP3 has no bytes to count.
     const std::tuple<std::string, AudioKind, int> opens[] = {
+        // clang-format off
         {dir.file("absent.wav"), AudioKind::Wave, kAudioFileNotFound},
         {dir.file("notes.mp3"), AudioKind::Compressed, kAudioBadFile},
-        {LV_DUMMY_MP3, AudioKind::Wave, kAudioBadFile},  // an MP3 has no bytes to count
-        {LV_DUMMY_MP3, AudioKind::Compressed, kAudioOk}};
+        {LV_DUMMY_MP3, AudioKind::Wave, kAudioBadFile}, {LV_DUMMY_MP3, AudioKind::Compressed, kAudioOk}};
+    // clang-format on
     Track track;
     std::int64_t value;
     EXPECT_EQ(track.position(value), kAudioNotOpen);
@@ -103,25 +85,6 @@ TEST(AudioFiles, OpenReportsWhatIsWrongAndPositionsCountInTheFilesOwnUnits) {
         EXPECT_EQ(t.pos(), length / 2);
         EXPECT_EQ(t.seek(length + 1), kAudioBadRange);
     }
-}
-
-// ---- No sound server: every device command fails at once ----------------
-
-TEST(WithoutServer, DeviceCommandsFailAtOnce) {
-    test::TempDir dir("no_server");
-    const std::string wave = dir.file("a.wav");
-    ASSERT_EQ(writeWave16(wave, 22050, 1, test::noise(22050)), kAudioOk);
-    QElapsedTimer timer;
-    timer.start();
-    Track track;
-    ASSERT_EQ(track.openNewWave(), kAudioOk);
-    EXPECT_EQ(track.record(), kAudioNoDevice);
-    EXPECT_EQ(std::pair(track.state(), track.len()), std::pair(AudioMode::Stopped, 0l));
-    ASSERT_EQ(track.openFile(wave, AudioKind::Wave), kAudioOk);
-    EXPECT_EQ(track.play(), kAudioNoDevice);
-    EXPECT_EQ(track.playFrom(22050), kAudioNoDevice);
-    EXPECT_EQ(std::pair(track.state(), track.pos()), std::pair(AudioMode::Stopped, 22050l));
-    EXPECT_LT(timer.elapsed(), 2000);
 }
 
 // ---- Against the null sink: what is played is heard back -----------------
@@ -160,9 +123,10 @@ TEST(WithServer, RecordsAtTheDeviceRateAndHearsWhatItPlaysExactly) {
     EXPECT_EQ(recorder.deleteFromStart(recorded + 2), kAudioBadRange);
     ASSERT_EQ(recorder.deleteFromStart(44100), kAudioOk);
     ASSERT_EQ(recorder.save(dir.file("take.wav")), kAudioOk);
-    const SavedWave saved = readWave(dir.file("take.wav"));
-    EXPECT_EQ(std::tuple(saved.info.format, saved.info.samplerate, saved.info.channels),
-              std::tuple(SF_FORMAT_WAV | SF_FORMAT_PCM_16, 22050, 1));
+    DecodedSound saved;
+    ASSERT_EQ(decodeSoundFile(dir.file("take.wav"), saved), kAudioOk);
+    EXPECT_EQ(std::tuple(saved.bitsPerSample, saved.sampleRate, saved.channels),
+              std::tuple(16, 22050, 1));
     EXPECT_TRUE(saved.pcm == captured.substr(44100));
     const std::size_t at = saved.pcm.find(tone.substr(0, 64));
     ASSERT_NE(at, std::string::npos) << "the tone was not heard";
@@ -177,46 +141,34 @@ TEST(WithServer, PlaybackPositionFollowsTheClock) {
     ASSERT_EQ(writeWave16(path, 44100, 2, std::string(2 * perSec, '\0')), kAudioOk);
     Track track;
     ASSERT_EQ(track.openFile(path, AudioKind::Wave), kAudioOk);
-    const double tolerance = 0.06 * perSec;
-    QElapsedTimer timer;
-    timer.start();
-    ASSERT_EQ(track.play(), kAudioOk);
-    spin(400);
-    EXPECT_NEAR(track.pos(), timer.nsecsElapsed() / 1e9 * perSec, tolerance);
+    // Started at `from`, the position never runs ahead of the wall clock, and
+    // once moving keeps up with it but for what a busy machine kept this
+    // thread waiting beyond the time asked for: it holds up the sound's too.
+    const auto playsOn = [&](const std::function<int()>& start, std::int64_t from, int ms) {
+        QElapsedTimer timer;
+        timer.start();
+        ASSERT_EQ(start(), kAudioOk);
+        ASSERT_TRUE(spinUntil([&] { return track.pos() > from; }, 1000));
+        const std::int64_t moving = track.pos();
+        const double since = timer.nsecsElapsed() / 1e9;
+        spin(ms);
+        const double late = timer.nsecsElapsed() / 1e9 - since - ms / 1e3;
+        const std::int64_t now = track.pos();
+        EXPECT_LE(now - from, (timer.nsecsElapsed() / 1e9 + 0.06) * perSec);
+        EXPECT_GE(now - moving, (ms / 1e3 - 0.06 - late) * perSec);
+    };
+    playsOn([&] { return track.play(); }, 0, 400);
     ASSERT_EQ(track.pause(), kAudioOk);
     const std::int64_t paused = track.pos();
     spin(300);
     EXPECT_EQ(track.pos(), paused);
-    ASSERT_EQ(track.playFrom(perSec * 3 / 2), kAudioOk);
-    spin(200);
-    EXPECT_NEAR(track.pos(), 1.7 * perSec, tolerance);
+    playsOn([&] { return track.playFrom(perSec * 3 / 2); }, perSec * 3 / 2, 200);
     ASSERT_TRUE(track.stoppedWithin(2000));
     EXPECT_EQ(track.pos(), 2 * perSec);
     ASSERT_EQ(track.playFrom(perSec / 2), kAudioOk);
     ASSERT_EQ(track.seek(perSec), kAudioOk);  // seeking ends playing
     spin(100);
     EXPECT_EQ(track.pos(), perSec);
-}
-
-// A VBR MP3 without a Xing/Info header plays to its very end, counted in
-// milliseconds, and a jump lands where it was asked.
-TEST(WithServer, HeaderlessVbrMp3PlaysWhole) {
-    test::TempDir dir("with_server");
-    const std::string mp3 = dir.file("vbr.mp3");
-    test::makeNoise(dir.file("source.wav"), "-r 22050 -c 1 -b 16", 20);
-    test::encodeMp3(dir.file("source.wav"), "-V 4 -t", mp3);
-    Track track;
-    ASSERT_EQ(track.openFile(mp3, AudioKind::Compressed), kAudioOk);
-    QElapsedTimer timer;
-    timer.start();
-    ASSERT_EQ(track.playFrom(18'500), kAudioOk);
-    spin(300);
-    EXPECT_NEAR(track.pos(), 18'500 + timer.elapsed(), 60);
-    const std::int64_t length = track.len();
-    EXPECT_NEAR(length, 20'035, 35);
-    ASSERT_TRUE(track.stoppedWithin(3000));
-    EXPECT_EQ(track.pos(), length);
-    EXPECT_NEAR(timer.elapsed(), length - 18'500, 300);
 }
 
 // ---- A server that goes away mid-stream ----------------------------------
@@ -251,14 +203,16 @@ TEST(LostServer, KeepsWhatWasRecorded) {
     AudioMode mode;
     ASSERT_TRUE(spinUntil([&] { return recorder.position(value) == kAudioDeviceLost; }, 2000));
     for (Track* track : {&recorder, &player}) {
-        EXPECT_EQ(track->mode(mode), kAudioDeviceLost);
-        EXPECT_EQ(track->position(value), kAudioDeviceLost);
+        EXPECT_EQ(std::pair(track->mode(mode), track->position(value)),
+                  (std::pair<int, int>(kAudioDeviceLost, kAudioDeviceLost)));
         EXPECT_EQ(track->stop(), kAudioDeviceLost);  // reports the loss, lets the stream go
         EXPECT_EQ(track->state(), AudioMode::Stopped);
     }
     // What arrived before the loss is still there to save.
     ASSERT_EQ(recorder.save(dir.file("kept.wav")), kAudioOk);
-    EXPECT_GE(readWave(dir.file("kept.wav")).info.frames, 4410);
+    DecodedSound kept;
+    ASSERT_EQ(decodeSoundFile(dir.file("kept.wav"), kept), kAudioOk);
+    EXPECT_GE(kept.frames(), 4410);
     EXPECT_EQ(player.play(), kAudioNoDevice);
     EXPECT_LT(timer.elapsed(), 3000);
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,54 +29,49 @@ std::vector<std::int16_t> readAll(SoundDecoder& d) {
 // the VBR file made with -t has no Xing/Info header at all. A wave counts
 // bytes of its own encoding, whatever it decodes to: its bits are reported.
 TEST(SoundDecoder, ReadsWholeFilesAndSeeksToTheSample) {
-    struct Case {
-        const char* name;
-        const char* sox;   // format options of the sound sox writes
-        const char* lame;  // encoder options; none: the sox file itself is played
-        AudioKind kind;    // Wave for a RIFF wave, which is what says isWave
-        int rate, channels, bits;
-        double seconds;
-        std::int64_t slackMs;
-    };
-    const Case cases[] = {
-        {"8-bit.wav", "-r 11025 -c 1 -b 8 -e unsigned", nullptr, AudioKind::Wave, 11025, 1, 8, 3,
-         0},
-        {"24-bit.wav", "-r 48000 -c 2 -b 24", nullptr, AudioKind::Wave, 48000, 2, 24, 3, 0},
-        {"float.wav", "-r 44100 -c 1 -b 32 -e floating-point", nullptr, AudioKind::Wave, 44100, 1,
-         32, 3, 0},
-        {"16-bit.aiff", "-r 8000 -c 1 -b 16", nullptr, AudioKind::Compressed, 8000, 1, 16, 2, 0},
-        {"cbr.mp3", "-r 44100 -c 2 -b 16", "-b 128", AudioKind::Compressed, 44100, 2, 16, 6, 70},
-        {"vbr-no-header.mp3", "-r 44100 -c 1 -b 16", "-V 4 -t", AudioKind::Compressed, 44100, 1, 16,
-         20, 70},
-    };
+    // Name, format options of the sound sox writes, encoder options (none:
+    // the sox file itself is played), the kind (Wave for a RIFF wave, which
+    // is what says isWave), rate, channels, bits, seconds, length slack in ms.
+    using W = std::tuple<const char*, const char*, const char*, AudioKind, int, int, int, double,
+                         std::int64_t>;
+    constexpr auto Wave = AudioKind::Wave, Other = AudioKind::Compressed;
+    // clang-format off
+    const W cases[] = {
+        {"8-bit.wav", "-r 11025 -c 1 -b 8 -e unsigned", nullptr, Wave, 11025, 1, 8, 3, 0},
+        {"24-bit.wav", "-r 48000 -c 2 -b 24", nullptr, Wave, 48000, 2, 24, 3, 0},
+        {"float.wav", "-r 44100 -c 1 -b 32 -e floating-point", nullptr, Wave, 44100, 1, 32, 3, 0},
+        {"16-bit.aiff", "-r 8000 -c 1 -b 16", nullptr, Other, 8000, 1, 16, 2, 0},
+        {"cbr.mp3", "-r 44100 -c 2 -b 16", "-b 128", Other, 44100, 2, 16, 6, 70},
+        {"vbr-no-header.mp3", "-r 44100 -c 1 -b 16", "-V 4 -t", Other, 44100, 1, 16, 20, 70}};
+    // clang-format on
     test::TempDir dir("sound_decoder");
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const std::string path = dir.file(c.name);
-        test::makeNoise(c.lame ? dir.file("source.wav") : path, c.sox, c.seconds);
-        if (c.lame) test::encodeMp3(dir.file("source.wav"), c.lame, path);
+    for (const auto& [name, sox, lame, kind, rate, channels, bits, seconds, slackMs] : cases) {
+        SCOPED_TRACE(name);
+        const std::string path = dir.file(name);
+        test::makeNoise(lame ? dir.file("source.wav") : path, sox, seconds);
+        if (lame) test::encodeMp3(dir.file("source.wav"), lame, path);
         std::unique_ptr<SoundDecoder> d;
-        ASSERT_EQ(openSoundDecoder(path, c.kind, d), kAudioOk);
+        ASSERT_EQ(openSoundDecoder(path, kind, d), kAudioOk);
         const SoundInfo& info = d->info();
         EXPECT_EQ(std::tuple(info.sampleRate, info.channels, info.bitsPerSample, info.isWave),
-                  std::tuple(c.rate, c.channels, c.bits, c.kind == AudioKind::Wave));
+                  std::tuple(rate, channels, bits, kind == Wave));
         const std::int64_t frames = d->waitForFrames();
-        const auto encodedMs = static_cast<std::int64_t>(c.seconds * 1000);
-        EXPECT_GE(framesToMs(frames, c.rate), encodedMs);
-        EXPECT_LE(framesToMs(frames, c.rate), encodedMs + c.slackMs);
+        const auto encodedMs = static_cast<std::int64_t>(seconds * 1000);
+        EXPECT_LE(framesToMs(frames, rate) - encodedMs, slackMs);
+        EXPECT_GE(framesToMs(frames, rate), encodedMs);
 
         const std::vector<std::int16_t> whole = readAll(*d);
-        EXPECT_EQ(static_cast<std::int64_t>(whole.size()), frames * c.channels);
+        EXPECT_EQ(static_cast<std::int64_t>(whole.size()), frames * channels);
         // Near the end, back near the start, and a fresh decoder at once,
         // before its scan has told the length: each sample for sample.
         std::unique_ptr<SoundDecoder> fresh;
-        ASSERT_EQ(openSoundDecoder(path, c.kind, fresh), kAudioOk);
+        ASSERT_EQ(openSoundDecoder(path, kind, fresh), kAudioOk);
         for (auto [decoder, at] : {std::pair{d.get(), 0.9}, {d.get(), 0.05}, {fresh.get(), 0.5}}) {
             const auto frame = static_cast<std::int64_t>(frames * at);
             ASSERT_TRUE(decoder->seek(frame));
-            std::vector<std::int16_t> got(1000 * static_cast<std::size_t>(c.channels));
+            std::vector<std::int16_t> got(1000 * static_cast<std::size_t>(channels));
             ASSERT_EQ(decoder->read(got.data(), 1000), 1000);
-            EXPECT_TRUE(std::equal(got.begin(), got.end(), whole.begin() + frame * c.channels))
+            EXPECT_TRUE(std::equal(got.begin(), got.end(), whole.begin() + frame * channels))
                 << "after a seek to " << frame;
         }
     }
@@ -103,20 +97,10 @@ TEST(WaveFile, WritesAndReadsBackAndReportsFailures) {
     DecodedSound got;
     EXPECT_EQ(decodeSoundFile(dir.file("absent.wav"), got), kAudioFileNotFound);
     EXPECT_EQ(decodeSoundFile(dir.file("notes.wav"), got), kAudioBadFile);
-    EXPECT_TRUE(got.pcm.empty());
     std::filesystem::remove(dir.file("t.wav"));
     EXPECT_EQ(writeWave16(dir.file("no/such/folder.wav"), 22050, 1, "pcm!"), kAudioWriteFailed);
     EXPECT_EQ(writeWave16(dir.file("t.wav"), 0, 1, "pcm!"), kAudioWriteFailed);
     EXPECT_FALSE(std::filesystem::exists(dir.file("t.wav")));
-
-    // The placeholder that ships with the program: about a second of silence.
-    ASSERT_EQ(decodeSoundFile(LV_DUMMY_MP3, got), kAudioOk);
-    EXPECT_EQ(std::pair(got.isWave, got.channels), std::pair(false, 1));
-    EXPECT_NEAR(static_cast<double>(got.frames()) / got.sampleRate, 1.0, 0.15);
-    std::vector<std::int16_t> samples(got.pcm.size() / 2);
-    std::memcpy(samples.data(), got.pcm.data(), samples.size() * 2);
-    const auto [low, high] = std::minmax_element(samples.begin(), samples.end());
-    EXPECT_LE(std::max(-*low, +*high), 4);
 }
 
 // The sound of a recording streams to disk as it arrives; the lead-in is cut
@@ -126,27 +110,24 @@ TEST(WaveFile, WritesAndReadsBackAndReportsFailures) {
 TEST(SoundDecoder, SavingACaptureWritesWhatMemoryWould) {
     test::TempDir dir("capture");
     const std::string pcm = test::noise(3 * 22050 + 5) + 'x';
-    const struct {
-        std::string folder;
-        std::int64_t cut;
-        std::size_t piece;  // bytes per arrival, like the device's 20 ms
-    } cases[] = {{dir.path().string(), 44100, 882},
-                 {dir.path().string(), 0, 1001},
-                 {dir.file("absent"), 44100, 882}};
-    for (const auto& c : cases) {
+    // The folder, the lead-in cut, bytes per arrival (like the device's 20 ms).
+    const std::string here = dir.path().string();
+    const std::tuple<std::string, std::int64_t, std::size_t> cases[] = {
+        {here, 44100, 882}, {here, 0, 1001}, {dir.file("absent"), 44100, 882}};
+    for (const auto& [folder, cut, piece] : cases) {
         auto capture = std::make_shared<CaptureFile>();
-        EXPECT_EQ(capture->open(c.folder), c.folder == dir.path().string());
-        for (std::size_t at = 0; at < pcm.size(); at += c.piece)
-            capture->append(std::string_view(pcm).substr(at, c.piece));
+        EXPECT_EQ(capture->open(folder), folder == here);
+        for (std::size_t at = 0; at < pcm.size(); at += piece)
+            capture->append(std::string_view(pcm).substr(at, piece));
         ASSERT_EQ(capture->size(), static_cast<std::int64_t>(pcm.size()));
-        auto reader = captureDecoder(capture, c.cut, 22050, 1);
+        auto reader = captureDecoder(capture, cut, 22050, 1);
         ASSERT_EQ(writeWave16(dir.file("streamed.wav"), *reader), kAudioOk);
         ASSERT_EQ(writeWave16(dir.file("memory.wav"), 22050, 1,
-                              std::string_view(pcm).substr(static_cast<std::size_t>(c.cut))),
+                              std::string_view(pcm).substr(static_cast<std::size_t>(cut))),
                   kAudioOk);
         const std::string saved = test::readFile(dir.file("streamed.wav"));
-        EXPECT_EQ(saved.size(), 44 + (pcm.size() - c.cut) / 2 * 2);
-        EXPECT_TRUE(saved == test::readFile(dir.file("memory.wav"))) << c.folder << " " << c.cut;
+        EXPECT_EQ(saved.size(), 44 + (pcm.size() - cut) / 2 * 2);
+        EXPECT_TRUE(saved == test::readFile(dir.file("memory.wav"))) << folder << " " << cut;
     }
     // Nothing of the capture is left in the folder.
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2);

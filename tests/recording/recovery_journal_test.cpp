@@ -37,9 +37,10 @@ TEST(RecoveryJournal, ACrashIsKeptAsAStampedPairNamedByItsStartNeverOverAnotherF
         crash(dir.path(), 5);
         // A second journal with the same start lands beside the first.
         const auto kept = RecoveryJournal::preserve(dir.path(), into, cfg);
-        ASSERT_EQ(kept.outcome, RecoveryJournal::Preserved::Outcome::Kept) << kept.error;
-        EXPECT_EQ(kept.lvdFile, into / (name + ".lvd"));
-        ASSERT_EQ(kept.wavFile, into / (name + ".wav"));
+        ASSERT_EQ(std::tuple(kept.outcome, kept.lvdFile, kept.wavFile),
+                  std::tuple(RecoveryJournal::Preserved::Outcome::Kept, into / (name + ".lvd"),
+                             std::optional(into / (name + ".wav"))))
+            << kept.error;
         EXPECT_FALSE(RecoveryJournal::find(dir.path())) << "the journal goes once kept";
 
         // An ordinary recording: the loader takes it, with its start.
@@ -61,12 +62,11 @@ TEST(RecoveryJournal, ACrashIsKeptAsAStampedPairNamedByItsStartNeverOverAnotherF
     crash(dir.path(), 2);
     test::writeFile(dir.path() / "blocked", "x");
     const auto failed = RecoveryJournal::preserve(dir.path(), dir.path() / "blocked" / "r", cfg);
-    EXPECT_EQ(failed.outcome, RecoveryJournal::Preserved::Outcome::Failed);
-    EXPECT_FALSE(failed.error.empty());
+    EXPECT_EQ(std::pair(failed.outcome, failed.error.empty()),
+              std::pair(RecoveryJournal::Preserved::Outcome::Failed, false));
     RecoveryJournal next;
     EXPECT_FALSE(next.open(dir.path(), kHeader));
-    ASSERT_TRUE(RecoveryJournal::find(dir.path()));
-    EXPECT_EQ(RecoveryJournal::find(dir.path())->recordCount, 2);
+    EXPECT_EQ(RecoveryJournal::find(dir.path()).value().recordCount, 2);
 }
 
 TEST(RecoveryJournal, ATornOrUnwrittenTailIsDroppedAndATornHeaderIsNothing) {
@@ -93,10 +93,10 @@ TEST(RecoveryJournal, NothingWithoutRecordsNoSoundOnceGivenUpAndDiscardRemovesAl
     ASSERT_TRUE(journal.open(dir.path(), kHeader));
     journal.appendRecord(test::frame(20));
     journal.appendAudio("LEADpcm");
+    // In place, records kept: the sound was given up, a name longer than the header holds.
     Header later = kHeader;
-    later.AudioBytesPerSec = 1000;             // the sound was given up
-    later.SaveName = std::string(600, 'n');    // longer than the header holds
-    ASSERT_TRUE(journal.updateHeader(later));  // in place, records kept
+    std::tie(later.AudioBytesPerSec, later.SaveName) = std::tuple(1000, std::string(600, 'n'));
+    ASSERT_TRUE(journal.updateHeader(later));
     journal.appendRecord(test::frame(40));
     // Held open: a recording in progress, here or in another instance.
     EXPECT_EQ(RecoveryJournal::preserve(dir.path(), dir.path() / "r", Settings{}).outcome,
@@ -106,9 +106,8 @@ TEST(RecoveryJournal, NothingWithoutRecordsNoSoundOnceGivenUpAndDiscardRemovesAl
     journal.close();
     const auto got = RecoveryJournal::find(dir.path());
     ASSERT_TRUE(got);
-    EXPECT_EQ(got->recordCount, 2);
-    EXPECT_EQ(got->header.SaveName, std::string(482, 'n'));
-    EXPECT_FALSE(got->pcmFile);
+    EXPECT_EQ(std::tuple(got->recordCount, got->header.SaveName, !!got->pcmFile),
+              std::tuple(2, std::string(482, 'n'), false));
     journal.discard();
     EXPECT_TRUE(fs::is_empty(dir.path()));
 }

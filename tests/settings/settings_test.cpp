@@ -17,47 +17,35 @@ namespace {
 namespace fs = std::filesystem;
 using test::readFile, test::writeFile;
 
-void set(Settings& values, const char* key, const char* text) {
-    ASSERT_TRUE(applySettingText(values, *findSetting(key), text)) << key << "=" << text;
-}
-
 // A fresh data folder per test, removed afterwards.
-class Folder : public ::testing::Test {
-protected:
-    test::TempDir m_temp{"lv_settings"};
-    Folder() {
-        dir = m_temp.path();
-        store.DataFolder = dir.string() + "/";
-    }
+struct Folder : ::testing::Test {
+    test::TempDir temp{"lv_settings"};
+    fs::path dir = temp.path();
+    SettingsStore store;
+    Folder() { store.DataFolder = dir.string() + "/"; }
     std::string file(const std::string& name) const { return (dir / name).string(); }
     std::string ini() const { return file("lv_Analog.ini"); }
-
-    fs::path dir;
-    SettingsStore store;
 };
 
 TEST(ProfileFile, ReadsAsThePlatformDidAndWritesOnlyWhatItMust) {
     // File, section, key, default, value read; quotes go only when they match at both ends.
     const std::tuple<std::string, const char*, const char*, const char*, std::string> cases[] = {
+        // clang-format off
         {"[Colors]\r\nDial_Color=255\r\n", "colors", "DIAL_COLOR", "d", "255"},
         {"  [ A ]  \r\n  k   =   v  w  \r\n", "A", "k", "d", "v  w"},
-        {"[A]\r\nk=\r\n", "A", "k", "d", ""},
-        {"[A]\r\nx=1\r\n", "A", "k", " d  ", " d"},
+        {"[A]\r\nk=\r\n", "A", "k", "d", ""}, {"[A]\r\nx=1\r\n", "A", "k", " d  ", " d"},
         {"[A]\r\nx=1\r\n[B]\r\n[a]\r\nk=2\r\n", "A", "k", "d", "2"},
-        {"[A]\r\nk=1\r\nK=2\r\n", "A", "k", "d", "1"},
-        {"k=1\r\n[A]\r\n", "A", "k", "d", "d"},
-        {"[A]\r\nk=a=b\r\n", "A", "k", "d", "a=b"},
-        {"\xEF\xBB\xBF[A]\r\nk=1", "A", "k", "d", "1"},
-        {"[A]\rx=1\rk=2", "A", "k", "d", "2"},
-        {"[A]\nk=' a '\n", "A", "k", "d", " a "},
-        {"[A]\nk=\"a'\n", "A", "k", "d", "\"a'"},
-        {"[A]\nk=a\"b\"\n", "A", "k", "d", "a\"b\""}};
+        {"[A]\r\nk=1\r\nK=2\r\n", "A", "k", "d", "1"}, {"k=1\r\n[A]\r\n", "A", "k", "d", "d"},
+        {"[A]\r\nk=a=b\r\n", "A", "k", "d", "a=b"}, {"\xEF\xBB\xBF[A]\r\nk=1", "A", "k", "d", "1"},
+        {"[A]\rx=1\rk=2", "A", "k", "d", "2"}, {"[A]\nk=' a '\n", "A", "k", "d", " a "},
+        {"[A]\nk=\"a'\n", "A", "k", "d", "\"a'"}, {"[A]\nk=a\"b\"\n", "A", "k", "d", "a\"b\""}};
+    // clang-format on
     for (const auto& [text, section, key, defaultValue, expected] : cases)
         EXPECT_EQ(ProfileFile(text).read(section, key, defaultValue), expected) << text;
     const std::string longText(300, 'x');  // cut to 254 characters, counted inside the quotes
-    EXPECT_EQ(ProfileFile("[A]\nk=\"" + longText + "\"\n").read("A", "k", "d"),
-              longText.substr(0, 254));
-    EXPECT_EQ(ProfileFile("").read("A", "k", longText), longText.substr(0, 254));
+    EXPECT_EQ(ProfileFile("[A]\nk=\"" + longText + "\"\n").read("A", "k", "d") +
+                  ProfileFile("").read("A", "k", longText),
+              longText.substr(0, 254) + longText.substr(0, 254));
     // Writing: before, section, key, value, after.
     const std::tuple<std::string, const char*, const char*, std::string, std::string> writes[] = {
         {"; mine\r\n[A]\r\nx=1\r\n  K = old  \r\n\r\n[B]\r\ny=2\r\n", "a", "k", "new",
@@ -95,33 +83,22 @@ TEST_F(Folder, AFirstRunGivesTheDefaultsAndSavesThemInOrder) {
     ASSERT_TRUE(SaveRecordingSettings(store));
     EXPECT_TRUE(SettingsUnchanged(store)) << "the four sections missing compare by their defaults";
     ASSERT_TRUE(SaveSettings(store));
-    std::string lines = readFile(ini());
-    for (std::size_t at; (at = lines.find("\r\n")) != std::string::npos;) lines.replace(at, 2, " ");
-    EXPECT_EQ(
-        lines,
-        "[Recording] SavePath= SavePrefix=Prefix_ LoadPath=C:\\Program Files\\lumivane\\samples\\ "
-        "RecordingMode=2 SuffixType=1 SuffixNum=1 AudioEnable=True RecPromptEnable=True "
-        "TimeDateEnable=True PlayLoopEnable=False "
-        "[Colors] Dial_Color=16777215 LED_Set_Color=65280 LED_BM_Color=16711680 LED_Lag_Color=255 "
-        "Panel_Color=10070316 Background_Color=0 GraphSheet_Color=11924207 GraphPen_Color=0 "
-        "GraphGrid_Color=12632256 MainNeedle_Color=255 ShadowNeedleColor_Index=1 "
-        "Scale_Color=12615680 FreezeNeedle_Color=0 Text_Color=0 "
-        "[Format] Needle_Width=4 DialType=1 ScaleType=0 RecordVisible=True GraphHeight_Index=3 "
-        "GraphVisible=False ClockType=1 ClockLeft=False DateType=1 "
-        "[Settings] SwitchMode_Index=1 DataLag_Index=2 BM_Threshold_Index=2 "
-        "Freeze_Threshold_Index=2 "
-        "FreezeEnable=False NeedleBdEnable=False lv3SensorMode=False "
-        "[Graph] GraphInvert=False GraphPenWidth_Index=2 GridX=False GridY=False GraphTimescale=8 "
-        "GraphGain=0 ");
-
+    const auto sections = [](const std::string& path) {
+        std::vector<std::string> out;
+        std::size_t keys = 0;
+        for (const auto& [section, key] : ProfileFile::load(path).entries()) {
+            if (out.empty() || out.back() != section) out.push_back(section);
+            ++keys;
+        }
+        return std::pair(out, keys);
+    };
+    const std::vector<std::string> all{"Recording", "Colors", "Format", "Settings", "Graph"};
+    EXPECT_EQ(sections(ini()), std::pair(all, settingsTable().size()));
     // Save As replaces the chosen file whole, and takes it on; Recording stays behind.
     writeFile(file("other.ini"), "[Recording]\r\nSavePrefix=Old_\r\n[Junk]\r\na=1\r\n");
     ASSERT_TRUE(SaveSettingsAs(store, file("other.ini")));
     EXPECT_EQ(store.SettingsFilePath, file("other.ini"));
-    std::vector<std::string> sections;
-    for (const auto& [section, key] : ProfileFile::load(file("other.ini")).entries())
-        if (sections.empty() || sections.back() != section) sections.push_back(section);
-    EXPECT_EQ(sections, (std::vector<std::string>{"Colors", "Format", "Settings", "Graph"}));
+    EXPECT_EQ(sections(file("other.ini")).first, std::vector(all.begin() + 1, all.end()));
 }
 
 // "@" is the data folder. The folder in use never depends on where the
@@ -131,9 +108,8 @@ TEST_F(Folder, SavePathResolvesAgainstTheDataFolderAndIsWrittenBackAsRead) {
     store.RecordingsFolder = "/docs/lv_Analog/";
     const std::pair<std::string, std::string> cases[] = {
         {"", "/docs/lv_Analog/"},      {"C:\\Program Files\\lumivane\\", "/docs/lv_Analog/"},
-        {"D:rec", "/docs/lv_Analog/"}, {"rec", "@rec/"},
-        {"sub/rec/", "@sub/rec/"},     {"/abs/rec", "/abs/rec/"},
-        {"/abs/rec/", "/abs/rec/"},
+        {"D:rec", "/docs/lv_Analog/"}, {"sub/rec/", "@sub/rec/"},
+        {"/abs/rec", "/abs/rec/"},
     };
     for (const auto& [text, resolved] : cases) {
         writeFile(ini(), "[Recording]\r\nSavePath=" + text + "\r\n");
@@ -149,26 +125,6 @@ TEST_F(Folder, SavePathResolvesAgainstTheDataFolderAndIsWrittenBackAsRead) {
     }
 }
 
-TEST_F(Folder, TheFileInUseIsKeptOnlyWhileItExists) {
-    writeFile(file("mine.ini"), "[Format]\r\nDialType=3\r\n");
-    for (const auto& [remembered, used, dialType] :
-         {std::tuple{file("mine.ini"), file("mine.ini"), 3}, {file("gone.ini"), ini(), 1}}) {
-        store.SettingsFilePath = remembered;
-        LoadSettings(store);
-        EXPECT_EQ(std::pair(store.SettingsFilePath, store.values.DialType),
-                  std::pair(used, dialType));
-    }
-    // FileExists: a file or a folder that is there; never an empty path.
-    for (const auto& [path, found] : {std::pair{file("mine.ini"), true},
-                                      {dir.string(), true},
-                                      {file("missing.ini"), false},
-                                      {std::string(), false}}) {
-        store.SettingsFileFound = !found;
-        FileExists(store, path);
-        EXPECT_EQ(store.SettingsFileFound, found) << path;
-    }
-}
-
 TEST_F(Folder, ABadValueLeavesOnlyItsKeyAndASaveKeepsOtherLines) {
     writeFile(
         ini(),
@@ -181,74 +137,26 @@ TEST_F(Folder, ABadValueLeavesOnlyItsKeyAndASaveKeepsOtherLines) {
     EXPECT_EQ(store.values.DialType, 2) << "on a later load: whatever the program had";
     ASSERT_TRUE(SaveSettings(store));
     // Lines already there stay where they are; new keys follow their section's last entry.
-    const std::string text = readFile(ini());
-    EXPECT_TRUE(
-        text.starts_with("; mine\r\n[Format]\r\nDialType=2\r\nScaleType=1\r\nNeedle_Width=4\r\n"));
-    EXPECT_NE(text.find("DateType=1\r\n[Recording]\r\nSavePrefix=Mine_\r\n[Colors]\r\n"),
-              std::string::npos)
-        << text;
+    EXPECT_TRUE(readFile(ini()).starts_with(
+        "; mine\r\n[Format]\r\nDialType=2\r\nScaleType=1\r\nNeedle_Width=4\r\n"));
 }
 
 TEST_F(Folder, EachKeyLoadsAsItsTypeReadsIt) {
     // Key, value before the load, text in the file, value after.
     const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
-        {"DialType", "3", "2", "2"},
-        {"DialType", "3", "abc", "3"},
-        {"DialType", "3", "3000000000", "3"},
-        {"Needle_Width", "4", "40000", "4"},
-        {"Dial_Color", "0", "-1", "-1"},
-        {"Dial_Color", "5", "4294967295", "5"},
-        {"RecordVisible", "False", "-1", "True"},
-        {"RecordVisible", "False", "TRUE", "True"},
-        {"RecordVisible", "False", "yes", "False"},
-        {"PlayLoopEnable", "True", "", "True"},
-        {"GraphTimescale", "8", "3.0", "3.0"},
-        {"SavePrefix", "P_", "\"Q_\"", "Q_"}};
+        // clang-format off
+        {"DialType", "3", "abc", "3"},           {"Needle_Width", "4", "40000", "4"},
+        {"Dial_Color", "0", "-1", "-1"},         {"Dial_Color", "5", "4294967295", "5"},
+        {"RecordVisible", "False", "-1", "True"}, {"RecordVisible", "False", "yes", "False"},
+        {"GraphTimescale", "8", "3.0", "3.0"},   {"SavePrefix", "P_", "\"Q_\"", "Q_"}};
+    // clang-format on
     for (const auto& [key, before, fileText, after] : cases) {
-        set(store.values, key, before);
+        ASSERT_TRUE(applySettingText(store.values, *findSetting(key), before)) << key;
         writeFile(ini(),
                   "[" + std::string(findSetting(key)->section) + "]\r\n" + key + "=" + fileText);
         LoadSettings(store);
         EXPECT_EQ(settingText(store.values, *findSetting(key)), after) << key << "=" << fileText;
     }
-}
-
-TEST_F(Folder, SettingsUnchangedComparesEachKindItsOwnWay) {
-    // Written over the saved file (or nullptr), changed in memory (or nullptr), unchanged.
-    const std::tuple<const char*, const char*, const char*, const char*, bool> cases[] = {
-        {"Needle_Width", "4.0", nullptr, "", true},
-        {"Dial_Color", "1.6777215E7", nullptr, "", true},
-        {"Needle_Width", "4.4", nullptr, "", false},  // not rounded
-        {nullptr, "", "Scale_Color", "1", false},
-        {"Dial_Color", "4294967295", "Dial_Color", "-1", false},
-        {"GraphHeight_Index", "3.0", nullptr, "", false},  // kept as text: compared as text
-        {"GridX", "-1", "GridX", "True", true},
-        {"ClockLeft", "maybe", nullptr, "", false},
-        {nullptr, "", "SavePrefix", "Other_", true}};  // Recording is never compared
-    for (const auto& [fileKey, fileText, memoryKey, memoryText, unchanged] : cases) {
-        fs::remove(ini());
-        LoadSettings(store);
-        SaveSettings(store);
-        SaveRecordingSettings(store);
-        ASSERT_TRUE(!fileKey ||
-                    WriteProfileValue(findSetting(fileKey)->section, fileKey, fileText, ini()));
-        if (memoryKey) set(store.values, memoryKey, memoryText);
-        EXPECT_EQ(SettingsUnchanged(store), unchanged)
-            << (fileKey ? fileKey : "") << (memoryKey ? memoryKey : "");
-    }
-}
-
-TEST(SetDefaults, ResetsTheFourteenColoursAndNothingElse) {
-    Settings values;
-    for (const SettingEntry& e : settingsTable()) ASSERT_TRUE(applySettingText(values, e, "7"));
-    setDefaultColours(values);
-    std::size_t reset = 0;
-    for (const SettingEntry& e : settingsTable()) {
-        const std::string now = settingText(values, e);
-        reset += e.section == "Colors";
-        EXPECT_EQ(now, e.section == "Colors" ? defaultText(e) : now == "True" ? now : "7") << e.key;
-    }
-    EXPECT_EQ(reset, 14u);
 }
 
 TEST_F(Folder, SessionConfigIsSequentialWriteTextAndRoundTrips) {
@@ -262,7 +170,6 @@ TEST_F(Folder, SessionConfigIsSequentialWriteTextAndRoundTrips) {
         "settings.ini\",2\r\n3\r\n4\r\n-8\r\n20\r\n1024\r\n700\r\n\"LV3-0042\"\r\n1\r\n"
         "200\r\n570\r\n940\r\n1310\r\n1680\r\n2050\r\n2420\r\n2790\r\n3160\r\n3530\r\n3900\r\n");
     SessionConfig read;
-    EXPECT_FALSE(LoadSessionConfig(dir, read)) << "no file yet";
     writeFile(file("lv_Analog.cfg"), std::string(2000, 'z'));  // replaced whole
     ASSERT_EQ(SaveSessionConfig(dir, written), std::nullopt);
     ASSERT_TRUE(LoadSessionConfig(dir, read));
@@ -272,14 +179,10 @@ TEST_F(Folder, SessionConfigIsSequentialWriteTextAndRoundTrips) {
     read.HardwareSerial = written.HardwareSerial;
     written.DialCalibration[11] = 0;
     EXPECT_EQ(sessionConfigText(read), sessionConfigText(written));
-    for (const std::string path : {"", "a \"quoted\" name", "\"", "two\r\nlines,"}) {
-        written.SettingsFilePath = path;
-        EXPECT_TRUE(parseSessionConfig(sessionConfigText(written), read)) << path;
-        EXPECT_EQ(read.SettingsFilePath, path);
-    }
+    written.SettingsFilePath = "a \"quoted\"\r\nname,";
+    ASSERT_TRUE(parseSessionConfig(sessionConfigText(written), read));
+    EXPECT_EQ(read.SettingsFilePath, written.SettingsFilePath);
     const auto error = SaveSessionConfig(file("lv_Analog.cfg"), written);  // not a folder
-    EXPECT_EQ(error.value().text + "/" + error.value().title,
-              "Error Saving Session Config File/Save Config File");
     EXPECT_EQ(error.value().detail, file("lv_Analog.cfg") + "/lv_Analog.cfg\n\nNot a directory");
 }
 
@@ -290,10 +193,7 @@ TEST(SessionConfig, ItemsOneToEightAreNeededAndTheRestIsTakenAsFarAsItGoes) {
         {eight + "\"SN\"\r\n1\r\n1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n8\r\n9\r\n10\r\n11\r\n", true,
          "a.ini 5 400 1 1 11"},
         {eight + "\"SN\",0,7,x,9,9,9,9,9,9,9,9,9", true, "a.ini 5 400 0 7 -1"},
-        {"\"a.ini\",1\r\n5\r\n0\r\n10\r\n", false, "a.ini 5 -1 -1 -1 -1"},
         {"\"a.ini\",1\r\nCOM3\r\n0\r\n10\r\n20\r\n300\r\n400\r\n", false, "a.ini -1 -1 -1 -1 -1"},
-        {"\"a.ini\",1\r\n40000\r\n0\r\n10\r\n20\r\n300\r\n400\r\n", false, "a.ini -1 -1 -1 -1 -1"},
-        {"  \"a,b\" , 1\n 5 \n0\n10\n20\n300\n 400\n", true, "a,b 5 400 -1 -1 -1"},
         {"\"\",1\r\n\r\n0,,20,300,400\r\n", true, " 0 400 -1 -1 -1"}};  // empty items: 0
     for (const auto& [text, loaded, items] : cases) {
         SessionConfig c;
