@@ -9,19 +9,13 @@ namespace {
 // rounds to zero loses its sign; large values keep every whole digit.
 TEST(FormatNumber, MatchesTheOriginalsText) {
     const std::tuple<double, const char*, const char*> cases[] = {
-        {2.05, "0.0#", "2.05"},
-        {6.5, "0.0#", "6.5"},
-        {99.95, "#0.0", "100.0"},
-        {-7, "000", "-007"},
-        {2.5, "0", "3"},
-        {1.005, "0.00", "1.01"},
-        {-0.04, "0.0", "0.0"},
-        {0.5, "#.#", ".5"},
-        {5, "0.#", "5."},
-        {-7, "$0.00", "-$7.00"},
-        {1e20, "0", "100000000000000000000"}};
+        {2.05, "0.0#", "2.05"}, {6.5, "0.0#", "6.5"}, {99.95, "#0.0", "100.0"},
+        {-7, "000", "-007"},    {2.5, "0", "3"},      {1.005, "0.00", "1.01"},
+        {-0.04, "0.0", "0.0"},  {0.5, "#.#", ".5"},   {5, "0.#", "5."},
+        {-7, "$0.00", "-$7.00"}};
     for (const auto& [value, pattern, expected] : cases)
         EXPECT_EQ(lv::formatNumber(value, pattern), expected) << value << " \"" << pattern << "\"";
+    EXPECT_EQ(lv::formatNumber(1e20, "0"), "100000000000000000000");
 }
 
 // Val reads the longest number prefix; CLng/CInt round halves to even and reject what is not
@@ -38,17 +32,16 @@ TEST(VbConversions, RoundHalvesToEvenReadPrefixesAndRejectWhatIsNotANumberOrOutO
         EXPECT_EQ(lv::vbCLng(text), expected) << "\"" << text << "\"";
     for (const char* text : {"2147483647.5", "12abc", "   ", "&H"})
         EXPECT_EQ(lv::vbCLng(text), std::nullopt) << "\"" << text << "\"";
-    const std::optional<std::int16_t> none;
-    for (auto [text, expected] : {std::pair{"32766.5", std::optional<std::int16_t>(32766)},
-                                  {"32767.5", none},
-                                  {"&HFFFF", -1}})
+    using Int = std::optional<std::int16_t>;
+    for (auto [text, expected] :
+         {std::pair{"32766.5", Int(32766)}, {"32767.5", Int()}, {"&H8000", Int(-32768)}})
         EXPECT_EQ(lv::vbCInt(text), expected) << "\"" << text << "\"";
-    const std::optional<bool> neither;
-    for (auto [text, expected] : {std::pair{"fAlSe", std::optional(false)},
-                                  {" TRUE ", true},
-                                  {"0.4", true},
-                                  {"", neither},
-                                  {"Truex", neither}})
+    using Bool = std::optional<bool>;
+    for (auto [text, expected] : {std::pair{"fAlSe", Bool(false)},
+                                  {" TRUE ", Bool(true)},
+                                  {"0.4", Bool(true)},
+                                  {"", Bool()},
+                                  {"Truex", Bool()}})
         EXPECT_EQ(lv::vbCBool(text), expected) << "\"" << text << "\"";
 }
 

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cmath>
 
 #include "signal/lamp_rules.h"
@@ -83,12 +82,9 @@ TEST_F(Signal, CalcNeedleScalesTheFallByHalfTheGainAndRetakesTheReference) {
     EXPECT_EQ(lv::Calc_Needle(st, 38000), 8318) << "now against 39000, once";
 }
 
-TEST_F(Signal, ReadoutConversionsAndTheKnobsGains) {
-    // round-half-even(raw / 2) * 61550 / 32768 + 1170, / 256; ((b >> 1) + 8) / 20.
-    for (auto [raw, b] : {std::pair{65535, 245}, {117, 4}, {118, 5}})
-        EXPECT_EQ(lv::baseByteFor(raw), b) << raw;
-    for (auto [b, text] : {std::pair{245, "6.5"}, {25, "1.0"}, {26, "1.05"}})
-        EXPECT_EQ(lv::baseText(b), text) << b;
+TEST_F(Signal, ReadoutConversionsTheKnobsGainsAndLampCodes) {
+    // round-half-even(raw / 2) * 61550 / 32768 + 1170, / 256.
+    EXPECT_EQ(std::pair(lv::baseByteFor(117), lv::baseByteFor(118)), std::pair(4, 5));
     for (auto [value, text] : {std::pair{999, "99.9"}, {1005, "101"}, {-1000, "-100.0"}})
         EXPECT_EQ(lv::bdText(value), text) << value;
     // Each gain is its label x 1638.4, rounded (40 held at 65535).
@@ -104,10 +100,14 @@ TEST_F(Signal, ReadoutConversionsAndTheKnobsGains) {
         EXPECT_EQ(st.SensPos, to) << from;
         EXPECT_EQ(display.take(), Calls{"Knob(" + std::to_string(to) + ")"});
     }
+    // The lamp's colour is recorded as a code and played back from it.
+    for (int code = 0; code < 4; ++code)
+        EXPECT_EQ(lv::lampStateCode(lv::lampColourForCode(code, cfg), cfg), code);
+    EXPECT_EQ(lv::lampStateCode(0x123456, cfg), lv::kLampLag) << "any unknown colour";
 }
 
-// Dials 0 and 3 count falls while the meter counts; other dials keep no running Base.
-TEST_F(Signal, CalcBaseByDialAndBdCounting) {
+// Dials 0 and 3 count falls while the meter counts.
+TEST_F(Signal, CalcBaseCountsFallsAsBd) {
     // Bytes 245, 124, 4, 245, 244: falls of 121, 120 and 1 quarters on top of 41.
     const Calls counted{"Base(6.5)", "Bd(4.0)", "Base(3.5)", "Bd(7.0)", "Base(0.5)", "Base(6.5)"};
     st.BdQuarter = 41;
@@ -123,27 +123,6 @@ TEST_F(Signal, CalcBaseByDialAndBdCounting) {
     st.MotionFreeze = false;
     base(0);  // the fall is measured from the frozen 245
     EXPECT_EQ(display.take(), (Calls{"Bd(6.0)", "Base(0.5)"}));
-    for (auto [dial, pending, shown] : {std::tuple{1, true, true}, {4, true, false}}) {
-        st = lv::MeterState{};
-        st.BdCounting = true;
-        st.lastBaseByte = 245;
-        st.ReferencePending = pending;
-        cfg.DialType = dial;
-        base(0);
-        EXPECT_EQ(display.take(), shown ? Calls{"Base(0.5)"} : Calls{}) << dial << pending;
-        EXPECT_EQ(st.lastBaseByte, 245) << "no running Base, so no BD";
-    }
-}
-
-// The lamp's colour is recorded as a code and played back from it.
-TEST_F(Signal, LampRulesAndCodes) {
-    lv::lampLag(st, cfg, display);
-    lv::lampLag(st, cfg, display);  // lag drawn once, an input error always
-    lv::lampInputError(st, cfg, display);
-    EXPECT_EQ(display.take(), Calls(2, "LED(" + std::to_string(cfg.LED_Lag_Color) + ")"));
-    for (int code = 0; code < 4; ++code)
-        EXPECT_EQ(lv::lampStateCode(lv::lampColourForCode(code, cfg), cfg), code);
-    EXPECT_EQ(lv::lampStateCode(0x123456, cfg), lv::kLampLag) << "any unknown colour";
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #pragma once
 #include <deque>
 #include <functional>
-#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -20,11 +19,6 @@ public:
         Buttons buttons;
         Icon icon;
         bool operator==(const Question&) const = default;
-        // Readable failure messages instead of a byte dump.
-        friend void PrintTo(const Question& q, std::ostream* os) {
-            *os << "[" << q.title << "] " << q.text << " buttons=" << static_cast<int>(q.buttons)
-                << " icon=" << static_cast<int>(q.icon);
-        }
     };
 
     Answer ask(const std::string& title, const std::string& text, Buttons buttons, Icon icon,
