@@ -46,7 +46,6 @@ TEST_F(MeterTalk, StartSequenceWaitsTenTicksBetweenCommands) {
     for (const auto& [code, expected] : cases) {
         sent.clear();
         t0 = pump.now();
-        port.open();
         EXPECT_TRUE(startMeter(port, pump, code, true));
         EXPECT_EQ(sent, expected) << code;
     }

@@ -1,6 +1,7 @@
 #pragma once
 #include <deque>
 #include <functional>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,6 +20,10 @@ public:
         Buttons buttons;
         Icon icon;
         bool operator==(const Question&) const = default;
+        // Readable failure messages instead of a byte dump.
+        friend void PrintTo(const Question& q, std::ostream* os) {
+            *os << "[" << q.title << "] " << q.text;
+        }
     };
 
     Answer ask(const std::string& title, const std::string& text, Buttons buttons, Icon icon,
