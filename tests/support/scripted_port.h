@@ -13,16 +13,8 @@ class ScriptedPort : public SerialPort {
 public:
     void setPortName(const std::string& path) override { m_name = path; }
     std::string portName() const override { return m_name; }
-    bool open() override {
-        ++opens;
-        events.push_back("open");
-        m_open = openable;
-        return m_open;
-    }
-    void close() override {
-        if (m_open) events.push_back("close");
-        m_open = false;
-    }
+    bool open() override { return m_open = openable; }
+    void close() override { m_open = false; }
     bool isOpen() const override { return m_open; }
     std::string openError() const override { return m_open ? "" : openFailure; }
 
@@ -35,17 +27,10 @@ public:
     }
     void write(std::string_view bytes) override {
         written.emplace_back(bytes);
-        events.push_back("write " + std::string(bytes));
         if (onWrite) onWrite(std::string(bytes));
     }
-    void discardInput() override {
-        ++discards;
-        input.clear();
-    }
-    void setThreshold(int t) override {
-        m_threshold = t;
-        thresholds.push_back(t);
-    }
+    void discardInput() override { input.clear(); }
+    void setThreshold(int t) override { m_threshold = t; }
     int threshold() const override { return m_threshold; }
 
     // Delivers bytes and fires the receive event the way the real port does.
@@ -56,13 +41,9 @@ public:
 
     std::string input;
     std::vector<std::string> written;
-    std::vector<std::string> events;
-    std::vector<int> thresholds;
     std::function<void(const std::string&)> onWrite;
     bool openable = true;
     std::string openFailure;  // the reason a refused open gives
-    int opens = 0;
-    int discards = 0;
 
 private:
     std::string m_name;

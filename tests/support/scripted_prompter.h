@@ -22,8 +22,7 @@ public:
         bool operator==(const Question&) const = default;
         // Readable failure messages instead of a byte dump.
         friend void PrintTo(const Question& q, std::ostream* os) {
-            *os << "[" << q.title << "] " << q.text << " buttons=" << static_cast<int>(q.buttons)
-                << " icon=" << static_cast<int>(q.icon);
+            *os << "[" << q.title << "] " << q.text;
         }
     };
 
