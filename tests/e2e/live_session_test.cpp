@@ -2,15 +2,14 @@
 
 #include <QFile>
 #include <QSignalSpy>
-#include <functional>
 
 #include "app/qt_live_session.h"
 #include "device/link_status.h"
 #include "settings/session_config.h"
-#include "support/qt_wait.h"
+#include "support/live_window.h"
 #include "support/recording_display.h"
 #include "support/scripted_prompter.h"
-#include "virtual_meter.h"
+#include "support/virtual_meter.h"
 
 namespace lv {
 namespace {
@@ -58,12 +57,8 @@ TEST(ProgramEndToEnd, RunsLiveAndClosesInOrderOnSigterm) {
     QTemporaryDir data;
     const QString shot = data.filePath("shot.png");
     QProcess app;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    app.setProcessEnvironment(env);
-    app.setProgram(LV_ANALOG_PATH);
-    app.setArguments({"--port", meter.link, "--data-dir", data.path(), "--screenshot", shot});
-    app.start();
+    test::startProgram(app,
+                       {"--port", meter.link, "--data-dir", data.path(), "--screenshot", shot});
     ASSERT_TRUE(app.waitForStarted(5000));
     // The screenshot is taken once the needle has moved with live frames.
     ASSERT_TRUE(waitUntil([&] { return QFile::exists(shot); }, 15000));
@@ -77,11 +72,10 @@ TEST(ProgramEndToEnd, RunsLiveAndClosesInOrderOnSigterm) {
     EXPECT_EQ(cfg.PortNumber, 1);
     EXPECT_GE(cfg.PortCandidateCount, 1) << "the system's own ports follow the one given";
     EXPECT_GT(cfg.WindowWidth, 0) << "the placement is kept";
-    QFile ini(data.filePath("lv_Analog.ini"));
-    ASSERT_TRUE(ini.open(QIODevice::ReadOnly));
-    const QByteArray text = ini.readAll();
-    EXPECT_TRUE(text.contains("[Recording]"));
-    EXPECT_FALSE(text.contains("[Colors]")) << "autosave Off: display settings are not written";
+    const std::string ini = test::readFile(data.filePath("lv_Analog.ini").toStdString());
+    EXPECT_NE(ini.find("[Recording]"), std::string::npos);
+    EXPECT_EQ(ini.find("[Colors]"), std::string::npos)
+        << "autosave Off: display settings are not written";
 }
 
 // A silent device keeps the start-up's search probing; SIGTERM then ends the
@@ -91,10 +85,7 @@ TEST(ProgramEndToEnd, SigtermDuringThePortSearchEndsItWithinTwoSeconds) {
     ASSERT_TRUE(silent.ready);
     QTemporaryDir data;
     QProcess app;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    app.setProcessEnvironment(env);
-    app.start(LV_ANALOG_PATH, {"--port", silent.link, "--data-dir", data.path()});
+    test::startProgram(app, {"--port", silent.link, "--data-dir", data.path()});
     ASSERT_TRUE(app.waitForStarted(5000));
     QTest::qWait(700);
     QElapsedTimer t;

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include "common/qt_pump.h"
@@ -15,7 +13,7 @@
 #include "signal/lamp_rules.h"
 #include "signal/needle_model.h"
 #include "support/recording_display.h"
-#include "virtual_meter.h"
+#include "support/virtual_meter.h"
 
 namespace lv {
 namespace {
@@ -51,7 +49,6 @@ protected:
         port.setThreshold(kSearchThreshold);
         return true;
     }
-    void runFor(int ms) { QTest::qWait(ms); }
 
     QtSerialPort port;
     QtPump pump;
@@ -64,7 +61,9 @@ protected:
     protocol::VersionInfo version;
 };
 
-TEST_F(MeterLinkTest, IdentifiesStartsAndDecodesTheStream) {
+// Identified, started and decoded; then lost: the port closes instead of
+// spinning, and nothing more is decoded.
+TEST_F(MeterLinkTest, IdentifiesStartsDecodesAndClosesWhenTheMeterIsLost) {
     test::VirtualMeter meter({"--code", "3A", "--seed", "5"});
     ASSERT_TRUE(meter.ready);
     ASSERT_TRUE(connectTo(meter.link));
@@ -74,9 +73,8 @@ TEST_F(MeterLinkTest, IdentifiesStartsAndDecodesTheStream) {
 
     QElapsedTimer t;
     t.start();
-    runFor(2500);
+    QTest::qWait(2500);
     const double seconds = t.elapsed() / 1000.0;
-    std::printf("decoded %d samples in %.2f s\n", counter.samples, seconds);
     EXPECT_GE(counter.samples, 100);
     EXPECT_LE(counter.samples, static_cast<int>(seconds * 50) + 2);
     EXPECT_EQ(st.ShownStatus, kStatusInputOk);
@@ -84,22 +82,24 @@ TEST_F(MeterLinkTest, IdentifiesStartsAndDecodesTheStream) {
     EXPECT_GE(counter.needle, -kNeedleLimit);
     EXPECT_LE(counter.needle, kNeedleLimit);
     EXPECT_EQ(port.threshold(), kReceiveThreshold);
+
+    QSignalSpy failed(&port, &QtSerialPort::portFailed);
+    meter.process.kill();
+    meter.process.waitForFinished(2000);
+    EXPECT_TRUE(failed.wait(2000) || failed.count() > 0);
+    EXPECT_FALSE(port.isOpen());
+    const int before = counter.samples;
+    QTest::qWait(200);
+    EXPECT_EQ(counter.samples, before);
 }
 
-TEST_F(MeterLinkTest, ScriptedFramesArriveExactly) {
-    test::VirtualMeter probe;  // only for its temporary folder
-    const QString script = probe.scriptPath("frames.txt");
-    {
-        QFile f(script);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(
-            "# needle steps\nP10002A80064\nP20002A80064\nP30002A80064\nP40002A80064\n"
-            "P50002A80064\nP60002A803E8\n");
-    }
-    test::VirtualMeter meter({"--script", script, "--once"});
+TEST_F(MeterLinkTest, ScriptedFramesArriveExactlyAndASilentDeviceIsNoMeter) {
+    test::VirtualMeter meter({"--once"}, {},
+                             "# needle steps\nP10002A80064\nP20002A80064\nP30002A80064\n"
+                             "P40002A80064\nP50002A80064\nP60002A803E8\n");
     ASSERT_TRUE(meter.ready);
     ASSERT_TRUE(connectTo(meter.link));
-    runFor(600);
+    QTest::qWait(600);
     ASSERT_FALSE(counter.raws.empty());
     EXPECT_EQ(counter.raws.back(), 0x6000);
     for (std::size_t i = 1; i < counter.raws.size(); ++i)
@@ -108,29 +108,12 @@ TEST_F(MeterLinkTest, ScriptedFramesArriveExactly) {
     EXPECT_TRUE(st.BdCounting);
     EXPECT_EQ(st.ShownBd, "100");
     EXPECT_EQ(st.ShownStatus, kStatusInputOk);
-}
 
-TEST_F(MeterLinkTest, ASilentDeviceIsNotAMeter) {
-    test::VirtualMeter meter({"--mute"});
-    ASSERT_TRUE(meter.ready);
-    EXPECT_FALSE(connectTo(meter.link));
+    port.close();
+    test::VirtualMeter mute({"--mute"});
+    ASSERT_TRUE(mute.ready);
+    EXPECT_FALSE(connectTo(mute.link));
     EXPECT_FALSE(port.isOpen());
-}
-
-TEST_F(MeterLinkTest, ALostMeterClosesThePortInsteadOfSpinning) {
-    test::VirtualMeter meter;
-    ASSERT_TRUE(meter.ready);
-    ASSERT_TRUE(connectTo(meter.link));
-    runFor(300);
-    QSignalSpy failed(&port, &QtSerialPort::portFailed);
-    meter.process.kill();
-    meter.process.waitForFinished(2000);
-    EXPECT_TRUE(failed.wait(2000) || failed.count() > 0);
-    EXPECT_FALSE(port.isOpen());
-    // With the port closed nothing more arrives and nothing is decoded.
-    const int before = counter.samples;
-    runFor(200);
-    EXPECT_EQ(counter.samples, before);
 }
 
 }  // namespace

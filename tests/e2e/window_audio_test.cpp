@@ -3,15 +3,11 @@
 #include <sndfile.h>
 #include <sys/resource.h>
 
-#include <QApplication>
-#include <filesystem>
-#include <fstream>
-#include <functional>
+#include <QElapsedTimer>
 
-#include "app/qt_main_window.h"
 #include "device/link_status.h"
-#include "support/qt_wait.h"
-#include "virtual_meter.h"
+#include "support/live_window.h"
+#include "support/virtual_meter.h"
 
 namespace lv {
 namespace {
@@ -40,25 +36,19 @@ class WindowAudio : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(meter.ready);
-        folder = data.path().toStdString();
-        saveTo = (folder / "rec").string() + "/";
+        saveTo = data.filePath("rec/").toStdString();
         std::filesystem::create_directory(saveTo);
-        std::ofstream(folder / "lv_Analog.ini")
-            << "[Recording]\nAudioEnable=True\nRecordingMode=3\nSuffixType=0\nSuffixNum=1\n"
-            << "SavePrefix=Snd\nSavePath=" << saveTo << "\n";
-        const std::string link = meter.link.toStdString();
-        w = std::make_unique<MainWindow>(
-            StartOptions{folder, "1.0.0", [link] { return std::vector<std::string>{link}; },
-                         QCoreApplication::applicationDirPath().toStdString()});
-        w->prompter().setUnattended(true);
-        w->Form_Load();
-        w->show();
-        ASSERT_TRUE(waitUntil([&] { return w->session().samples() > 10; }, 3000));
+        w = test::openWindow(data.path().toStdString(),
+                             "[Recording]\nAudioEnable=True\nRecordingMode=3\nSuffixType=0\n"
+                             "SuffixNum=1\nSavePrefix=Snd\nSavePath=" +
+                                 saveTo + "\n",
+                             meter.link.toStdString());
+        ASSERT_TRUE(test::streams(*w));
     }
     void TearDown() override {
         if (w) w->closeUnattended();
     }
-    void click(const char* name) { w->recordPanel()->findChild<QAbstractButton*>(name)->click(); }
+    void click(const char* name) { test::click(*w, name); }
     // Records for about `ms`; the status line shown meanwhile.
     std::string record(int ms) {
         click("cmdRecord");
@@ -70,7 +60,6 @@ protected:
 
     test::VirtualMeter meter;
     QTemporaryDir data;
-    std::filesystem::path folder;
     std::string saveTo;
     std::unique_ptr<MainWindow> w;
 };
