@@ -74,7 +74,6 @@ TEST_P(FullUpload, TheMeterHoldsTheCalibratedTable) {
     t.start();
     d->findChild<QPushButton*>("cmdSave")->click();
     const double seconds = t.elapsed() / 1000.0;
-    std::printf("upload with %s acks took %.2f s\n", GetParam() ? "split" : "whole", seconds);
     EXPECT_LT(seconds, GetParam() ? 10.0 : 514 * kAcknowledgeSeconds + 10.0);
 
     // A refused line (a bad checksum among them) would have asked Retry or Cancel.
@@ -109,7 +108,6 @@ TEST_F(UploadE2e, TerminateLeavesTheLoaderMidUpload) {
     ASSERT_EQ(refused.substr(0, 17), "Error sending :10");
     EXPECT_EQ(prompter.asked[1].text.substr(0, 22), "Upload was interrupted");
     const int record = (std::stoi(refused.substr(17, 4), nullptr, 16) - 0xE000) / 16;
-    std::printf("terminated after %d records at 0.3 s a line\n", record);
     EXPECT_GE(record, 2);
     EXPECT_LE(record, 6);
     const std::vector<int> table = meterTable();
