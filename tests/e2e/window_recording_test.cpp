@@ -68,7 +68,7 @@ TEST_F(WindowRecording, RecordsPlaysBackCalibratesAndTestsTheNeedle) {
     held.start();
     click("cmdRecord");
     EXPECT_EQ(state().RunMode, kRunRecording);
-    QTest::qWait(3000 - static_cast<int>(held.elapsed()));
+    QTest::qWait(2000 - static_cast<int>(held.elapsed()));
     click("cmdStop");
     const double seconds = static_cast<double>(held.elapsed()) / 1000;
     EXPECT_EQ(state().RunMode, kRunLive);
@@ -103,11 +103,15 @@ TEST_F(WindowRecording, RecordsPlaysBackCalibratesAndTestsTheNeedle) {
     EXPECT_EQ(meter->received().last(), "U") << "and was told to stream again at its end";
 
     bool sawDialog = false;
-    QTimer::singleShot(500, [&] {
+    QTimer up;  // Exit, as soon as the dialog is up
+    QObject::connect(&up, &QTimer::timeout, [&] {
         QWidget* dialog = QApplication::activeModalWidget();
-        sawDialog = dialog && dialog->objectName() == "frmScale";
-        if (dialog) dialog->findChild<QAbstractButton*>("cmdExit")->click();
+        if (!dialog) return;
+        up.stop();
+        sawDialog = dialog->objectName() == "frmScale";
+        dialog->findChild<QAbstractButton*>("cmdExit")->click();
     });
+    up.start(20);
     w->menus().action("mnuSettingstDialTest")->trigger();
     EXPECT_TRUE(sawDialog);
     const long samples = w->session().samples();
