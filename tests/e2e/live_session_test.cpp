@@ -5,7 +5,9 @@
 
 #include "app/qt_live_session.h"
 #include "device/link_status.h"
+#include "device/receive_event.h"
 #include "settings/session_config.h"
+#include "signal/needle_model.h"
 #include "support/live_window.h"
 #include "support/recording_display.h"
 #include "support/scripted_prompter.h"
@@ -16,8 +18,13 @@ namespace {
 
 using test::waitUntil;
 
-TEST(LiveSessionEndToEnd, FindsTheMeterAndTakesItBackWhenItsPortReturns) {
-    test::VirtualMeter meter;
+// The session on a meter that plays a script once: every frame decoded, in
+// order; then the meter is lost, and a live one on the same path is taken
+// back within two seconds and streams at 50 frames a second.
+TEST(LiveSessionEndToEnd, DecodesEveryFrameAndTakesTheMeterBackWhenItsPortReturns) {
+    test::VirtualMeter meter({"--once"}, {},
+                             "# needle steps\nP10002A80064\nP20002A80064\nP30002A80064\n"
+                             "P40002A80064\nP50002A80064\nP60002A803E8\n");
     ASSERT_TRUE(meter.ready);
     SettingsStore store;
     store.values = Settings{};
@@ -25,19 +32,30 @@ TEST(LiveSessionEndToEnd, FindsTheMeterAndTakesItBackWhenItsPortReturns) {
     test::ScriptedPrompter prompter;  // a question would fail the test
     const std::string link = meter.link.toStdString();
     LiveSession s(store, display, prompter, "1.0.0", [link] { return std::vector{link}; });
+    std::vector<std::int32_t> raws;
+    QObject::connect(&s, &LiveSession::newSample, [&] { raws.push_back(s.state().RawNeedle); });
 
     s.findMeterAtStart(SessionConfig{}, {});
     ASSERT_EQ(s.state().PortNumber, 1);
     ASSERT_EQ(s.state().RunMode, kRunLive);
     s.armLink();
-    ASSERT_TRUE(waitUntil([&] { return s.state().ShownStatus == kStatusInputOk; }, 3000));
+    ASSERT_TRUE(waitUntil([&] { return s.state().RawNeedle == 0x6000; }, 3000))
+        << "the last frame of the script arrives";
+    for (std::size_t i = 1; i < raws.size(); ++i)
+        EXPECT_GT(raws[i], raws[i - 1]) << "frames in order, none repeated";
+    EXPECT_EQ(s.state().SensPos, 0x2A / 2);
+    EXPECT_TRUE(s.state().BdCounting);
+    EXPECT_EQ(s.state().ShownBd, "100");
+    EXPECT_EQ(s.state().ShownStatus, kStatusInputOk);
+    EXPECT_EQ(s.port().threshold(), kReceiveThreshold);
 
     meter.stop();
     ASSERT_TRUE(waitUntil([&] { return s.state().ShownStatus == kStatusInputError; }, 3000));
     EXPECT_TRUE(s.reconnecting());
+    EXPECT_FALSE(s.port().isOpen()) << "closed instead of spinning";
 
     QSignalSpy restored(&s, &LiveSession::linkRestored);
-    test::VirtualMeter again({}, meter.link);
+    test::VirtualMeter again({"--seed", "5"}, meter.link);
     ASSERT_TRUE(again.ready);
     QElapsedTimer sinceReturn;
     sinceReturn.start();
@@ -46,7 +64,15 @@ TEST(LiveSessionEndToEnd, FindsTheMeterAndTakesItBackWhenItsPortReturns) {
     EXPECT_FALSE(s.reconnecting());
     const long before = s.samples();
     EXPECT_TRUE(waitUntil([&] { return s.state().ShownStatus == kStatusInputOk; }, 3000));
-    EXPECT_GT(s.samples(), before) << "the needle moves again";
+    QElapsedTimer t;
+    t.start();
+    QTest::qWait(1500);
+    const double seconds = static_cast<double>(t.elapsed()) / 1000;
+    const long samples = s.samples() - before;
+    EXPECT_GE(samples, static_cast<long>(seconds * 25)) << "the needle moves again";
+    EXPECT_LE(samples, static_cast<long>(seconds * 50) + 12) << "no frame decoded twice";
+    EXPECT_EQ(s.state().GoodFrames, 5);
+    EXPECT_LE(std::abs(s.needle()), kNeedleLimit);
 }
 
 // The program itself: it finds the meter given on the command line, and a
