@@ -2,39 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <map>
-#include <set>
-
+#include "support/device_port.h"
 #include "support/fake_pump.h"
 #include "support/recording_display.h"
-#include "support/scripted_port.h"
 #include "support/scripted_prompter.h"
 
 namespace lv {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-// The port's name picks the device; the log names it for each open, close and command.
-class DevicePort : public test::ScriptedPort {
-public:
-    bool open() override {
-        const auto refused = refusals.find(portName());
-        openFailure = refused == refusals.end() ? "" : refused->second;
-        openable = !unopenable.count(portName()) && refused == refusals.end();
-        log.push_back(portName() + " open");
-        return ScriptedPort::open();
-    }
-    void close() override {
-        if (isOpen()) log.push_back(portName() + " close");
-        ScriptedPort::close();
-    }
-    int count(const std::string& entry) const { return std::count(log.begin(), log.end(), entry); }
-    std::set<std::string> unopenable;
-    std::map<std::string, std::string> refusals;  // port -> the system's reason
-    Lines log;
-};
 
 class PortSearchTest : public ::testing::Test {
 protected:
@@ -57,7 +33,7 @@ protected:
     }
 
     test::FakePump pump;
-    DevicePort port;
+    test::DevicePort port;
     MeterState st;
     test::RecordingDisplay display;
     test::ScriptedPrompter prompter;

@@ -2,23 +2,29 @@
 
 #include <QFile>
 #include <QSignalSpy>
-#include <functional>
 
 #include "app/qt_live_session.h"
 #include "device/link_status.h"
+#include "device/receive_event.h"
 #include "settings/session_config.h"
-#include "support/qt_wait.h"
+#include "signal/needle_model.h"
+#include "support/live_window.h"
 #include "support/recording_display.h"
 #include "support/scripted_prompter.h"
-#include "virtual_meter.h"
+#include "support/virtual_meter.h"
 
 namespace lv {
 namespace {
 
 using test::waitUntil;
 
-TEST(LiveSessionEndToEnd, FindsTheMeterAndTakesItBackWhenItsPortReturns) {
-    test::VirtualMeter meter;
+// The session on a meter that plays a script once: every frame decoded, in
+// order; then the meter is lost, and a live one on the same path is taken
+// back within two seconds and streams at 50 frames a second.
+TEST(LiveSessionEndToEnd, DecodesEveryFrameAndTakesTheMeterBackWhenItsPortReturns) {
+    test::VirtualMeter meter({"--once"}, {},
+                             "# needle steps\nP10002A80064\nP20002A80064\nP30002A80064\n"
+                             "P40002A80064\nP50002A80064\nP60002A803E8\n");
     ASSERT_TRUE(meter.ready);
     SettingsStore store;
     store.values = Settings{};
@@ -26,19 +32,30 @@ TEST(LiveSessionEndToEnd, FindsTheMeterAndTakesItBackWhenItsPortReturns) {
     test::ScriptedPrompter prompter;  // a question would fail the test
     const std::string link = meter.link.toStdString();
     LiveSession s(store, display, prompter, "1.0.0", [link] { return std::vector{link}; });
+    std::vector<std::int32_t> raws;
+    QObject::connect(&s, &LiveSession::newSample, [&] { raws.push_back(s.state().RawNeedle); });
 
     s.findMeterAtStart(SessionConfig{}, {});
     ASSERT_EQ(s.state().PortNumber, 1);
     ASSERT_EQ(s.state().RunMode, kRunLive);
     s.armLink();
-    ASSERT_TRUE(waitUntil([&] { return s.state().ShownStatus == kStatusInputOk; }, 3000));
+    ASSERT_TRUE(waitUntil([&] { return s.state().RawNeedle == 0x6000; }, 3000))
+        << "the last frame of the script arrives";
+    for (std::size_t i = 1; i < raws.size(); ++i)
+        EXPECT_GT(raws[i], raws[i - 1]) << "frames in order, none repeated";
+    EXPECT_EQ(s.state().SensPos, 0x2A / 2);
+    EXPECT_TRUE(s.state().BdCounting);
+    EXPECT_EQ(s.state().ShownBd, "100");
+    EXPECT_EQ(s.state().ShownStatus, kStatusInputOk);
+    EXPECT_EQ(s.port().threshold(), kReceiveThreshold);
 
     meter.stop();
     ASSERT_TRUE(waitUntil([&] { return s.state().ShownStatus == kStatusInputError; }, 3000));
     EXPECT_TRUE(s.reconnecting());
+    EXPECT_FALSE(s.port().isOpen()) << "closed instead of spinning";
 
     QSignalSpy restored(&s, &LiveSession::linkRestored);
-    test::VirtualMeter again({}, meter.link);
+    test::VirtualMeter again({"--seed", "5"}, meter.link);
     ASSERT_TRUE(again.ready);
     QElapsedTimer sinceReturn;
     sinceReturn.start();
@@ -47,7 +64,15 @@ TEST(LiveSessionEndToEnd, FindsTheMeterAndTakesItBackWhenItsPortReturns) {
     EXPECT_FALSE(s.reconnecting());
     const long before = s.samples();
     EXPECT_TRUE(waitUntil([&] { return s.state().ShownStatus == kStatusInputOk; }, 3000));
-    EXPECT_GT(s.samples(), before) << "the needle moves again";
+    QElapsedTimer t;
+    t.start();
+    QTest::qWait(1500);
+    const double seconds = static_cast<double>(t.elapsed()) / 1000;
+    const long samples = s.samples() - before;
+    EXPECT_GE(samples, static_cast<long>(seconds * 25)) << "the needle moves again";
+    EXPECT_LE(samples, static_cast<long>(seconds * 50) + 12) << "no frame decoded twice";
+    EXPECT_EQ(s.state().GoodFrames, 5);
+    EXPECT_LE(std::abs(s.needle()), kNeedleLimit);
 }
 
 // The program itself: it finds the meter given on the command line, and a
@@ -58,12 +83,8 @@ TEST(ProgramEndToEnd, RunsLiveAndClosesInOrderOnSigterm) {
     QTemporaryDir data;
     const QString shot = data.filePath("shot.png");
     QProcess app;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    app.setProcessEnvironment(env);
-    app.setProgram(LV_ANALOG_PATH);
-    app.setArguments({"--port", meter.link, "--data-dir", data.path(), "--screenshot", shot});
-    app.start();
+    test::startProgram(app,
+                       {"--port", meter.link, "--data-dir", data.path(), "--screenshot", shot});
     ASSERT_TRUE(app.waitForStarted(5000));
     // The screenshot is taken once the needle has moved with live frames.
     ASSERT_TRUE(waitUntil([&] { return QFile::exists(shot); }, 15000));
@@ -77,11 +98,10 @@ TEST(ProgramEndToEnd, RunsLiveAndClosesInOrderOnSigterm) {
     EXPECT_EQ(cfg.PortNumber, 1);
     EXPECT_GE(cfg.PortCandidateCount, 1) << "the system's own ports follow the one given";
     EXPECT_GT(cfg.WindowWidth, 0) << "the placement is kept";
-    QFile ini(data.filePath("lv_Analog.ini"));
-    ASSERT_TRUE(ini.open(QIODevice::ReadOnly));
-    const QByteArray text = ini.readAll();
-    EXPECT_TRUE(text.contains("[Recording]"));
-    EXPECT_FALSE(text.contains("[Colors]")) << "autosave Off: display settings are not written";
+    const std::string ini = test::readFile(data.filePath("lv_Analog.ini").toStdString());
+    EXPECT_NE(ini.find("[Recording]"), std::string::npos);
+    EXPECT_EQ(ini.find("[Colors]"), std::string::npos)
+        << "autosave Off: display settings are not written";
 }
 
 // A silent device keeps the start-up's search probing; SIGTERM then ends the
@@ -91,10 +111,7 @@ TEST(ProgramEndToEnd, SigtermDuringThePortSearchEndsItWithinTwoSeconds) {
     ASSERT_TRUE(silent.ready);
     QTemporaryDir data;
     QProcess app;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    app.setProcessEnvironment(env);
-    app.start(LV_ANALOG_PATH, {"--port", silent.link, "--data-dir", data.path()});
+    test::startProgram(app, {"--port", silent.link, "--data-dir", data.path()});
     ASSERT_TRUE(app.waitForStarted(5000));
     QTest::qWait(700);
     QElapsedTimer t;

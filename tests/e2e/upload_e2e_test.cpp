@@ -10,9 +10,8 @@
 #include "common/qt_pump.h"
 #include "device/meter_start.h"
 #include "device/qt_serial_port.h"
-#include "support/qt_wait.h"
 #include "support/scripted_prompter.h"
-#include "virtual_meter.h"
+#include "support/virtual_meter.h"
 
 namespace lv {
 namespace {
@@ -22,8 +21,7 @@ namespace {
 // the first mark for 0.3 s so that there is something new to upload.
 struct UploadE2e : ::testing::Test {
     std::unique_ptr<ScaleDialog> openDialog(QStringList extra) {
-        meter = std::make_unique<test::VirtualMeter>(
-            QStringList{"--table-out", dir.filePath("table")} + extra);
+        meter = std::make_unique<test::VirtualMeter>(QStringList{"--table-out", "@table"} + extra);
         port.setPortName(meter->link.toStdString());
         protocol::VersionInfo version;
         if (!meter->ready || !probeMeter(port, pump, version) ||
@@ -45,7 +43,7 @@ struct UploadE2e : ::testing::Test {
     }
     // What the meter holds from 0xE000 once its loader was left.
     std::vector<int> meterTable() {
-        QFile f(dir.filePath("table"));
+        QFile f(meter->path("table"));
         test::waitUntil([&] { return f.exists(); }, 2000);
         std::vector<int> table;
         if (f.open(QIODevice::ReadOnly))
@@ -53,7 +51,6 @@ struct UploadE2e : ::testing::Test {
                 if (!line.isEmpty()) table.push_back(line.toInt());
         return table;
     }
-    QTemporaryDir dir;
     std::unique_ptr<test::VirtualMeter> meter;
     QtSerialPort port;
     QtPump pump;
@@ -77,7 +74,6 @@ TEST_P(FullUpload, TheMeterHoldsTheCalibratedTable) {
     t.start();
     d->findChild<QPushButton*>("cmdSave")->click();
     const double seconds = t.elapsed() / 1000.0;
-    std::printf("upload with %s acks took %.2f s\n", GetParam() ? "split" : "whole", seconds);
     EXPECT_LT(seconds, GetParam() ? 10.0 : 514 * kAcknowledgeSeconds + 10.0);
 
     // A refused line (a bad checksum among them) would have asked Retry or Cancel.
@@ -112,7 +108,6 @@ TEST_F(UploadE2e, TerminateLeavesTheLoaderMidUpload) {
     ASSERT_EQ(refused.substr(0, 17), "Error sending :10");
     EXPECT_EQ(prompter.asked[1].text.substr(0, 22), "Upload was interrupted");
     const int record = (std::stoi(refused.substr(17, 4), nullptr, 16) - 0xE000) / 16;
-    std::printf("terminated after %d records at 0.3 s a line\n", record);
     EXPECT_GE(record, 2);
     EXPECT_LE(record, 6);
     const std::vector<int> table = meterTable();

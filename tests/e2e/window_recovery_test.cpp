@@ -1,34 +1,20 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QProcess>
+#include <QElapsedTimer>
+#include <QRegularExpression>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
-#include "app/qt_main_window.h"
 #include "recording/lvd_file.h"
 #include "recording/recovery_journal.h"
-#include "support/qt_wait.h"
-#include "virtual_meter.h"
+#include "support/live_window.h"
+#include "support/virtual_meter.h"
 
 namespace lv {
 namespace {
 
 namespace fs = std::filesystem;
 using test::waitUntil;
-
-std::string readAll(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-void click(const MainWindow& w, const char* name) {
-    w.recordPanel()->findChild<QAbstractButton*>(name)->click();
-}
 
 // The window in a process of its own, so that it can be killed: this test
 // program run again with LV_E2E_RUN set. Run 1 records and saves T001, then
@@ -37,91 +23,90 @@ void click(const MainWindow& w, const char* name) {
 TEST(WindowRecoveryChild, DISABLED_RecordsAsTheRunSays) {
     const QByteArray run = qgetenv("LV_E2E_RUN");
     if (run.isEmpty()) GTEST_SKIP() << "only as the child of WindowRecovery";
-    const std::string link = qgetenv("LV_E2E_METER").toStdString();
-    MainWindow w({qgetenv("LV_E2E_DATA").toStdString(), "1.0.0",
-                  [link] { return std::vector<std::string>{link}; },
-                  QCoreApplication::applicationDirPath().toStdString()});
-    w.prompter().setUnattended(true);
-    w.Form_Load();
-    w.show();
-    ASSERT_TRUE(waitUntil([&] { return w.session().samples() > 10; }, 3000));
-    const auto say = [](const char* line) {
-        std::printf("%s\n", line);
+    auto w = test::openWindow(qgetenv("LV_E2E_DATA").toStdString(), "",
+                              qgetenv("LV_E2E_METER").toStdString());
+    ASSERT_TRUE(test::streams(*w));
+    // Record returns with the lead-in second recorded.
+    const auto record = [&](int ms, bool stop) {
+        test::click(*w, "cmdRecord");
+        QTest::qWait(ms);
+        if (stop) test::click(*w, "cmdStop");
+    };
+    // Each step said with the records the window holds by then.
+    const auto say = [&](const char* word) {
+        std::printf("%s %d\n", word, w->recording().state().buffer.RecCount);
         std::fflush(stdout);
     };
-    click(w, "cmdRecord");
-    QTest::qWait(1500);
-    click(w, "cmdStop");
+    record(500, true);
     if (run == "2") {
-        w.closeUnattended();
         say("DONE");
-        return;
+        return w->closeUnattended();
     }
     say("SAVED");
-    click(w, "cmdRecord");
-    QTest::qWait(1500);
+    record(1500, false);
     say("RECORDING");
     QTest::qWait(30000);  // killed long before
-}
-
-QProcess* startRun(const char* run, const QString& data, const QString& meter) {
-    auto* p = new QProcess;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("LV_E2E_RUN", run);
-    env.insert("LV_E2E_DATA", data);
-    env.insert("LV_E2E_METER", meter);
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    p->setProcessEnvironment(env);
-    p->setProgram(QCoreApplication::applicationFilePath());
-    p->setArguments({"--gtest_filter=WindowRecoveryChild.*", "--gtest_also_run_disabled_tests"});
-    p->start();
-    return p;
-}
-
-bool waitForLine(QProcess& p, QByteArray& out, const char* line, int ms) {
-    return waitUntil(
-        [&] {
-            out += p.readAllStandardOutput();
-            return out.contains(line);
-        },
-        ms);
 }
 
 TEST(WindowRecovery, KilledMidRecordingThenNoAndANewRecordingLosesNothing) {
     test::VirtualMeter meter;
     ASSERT_TRUE(meter.ready);
     QTemporaryDir data;
-    const fs::path folder = data.path().toStdString();
-    const fs::path save = folder / "rec";
+    const fs::path folder = data.path().toStdString(), save = folder / "rec";
     fs::create_directory(save);
     std::ofstream(folder / "lv_Analog.ini")
         << "[Recording]\nAudioEnable=False\nRecordingMode=3\nSuffixType=0\nSuffixNum=1\n"
         << "SavePrefix=T\nSavePath=" << save.string() << "/\n";
-
-    std::unique_ptr<QProcess> first(startRun("1", data.path(), meter.link));
     QByteArray out;
-    ASSERT_TRUE(waitForLine(*first, out, "SAVED", 15000)) << out.constData();
-    const std::string t001 = readAll(save / "T001.lvd");
-    ASSERT_GE(t001.size(), 50u * 20);
-    EXPECT_NE(readAll(folder / "lv_Analog.ini").find("SuffixNum=2"), std::string::npos)
+    const auto startRun = [&](QProcess& p, const char* run) {
+        qputenv("LV_E2E_RUN", run);
+        qputenv("LV_E2E_DATA", data.path().toLocal8Bit());
+        qputenv("LV_E2E_METER", meter.link.toLocal8Bit());
+        test::startProgram(
+            p, {"--gtest_filter=WindowRecoveryChild.*", "--gtest_also_run_disabled_tests"},
+            QCoreApplication::applicationFilePath());
+        out.clear();
+    };
+    // The record count the child said with `word`, or -1.
+    const auto says = [&](QProcess& p, const QString& word, int ms) {
+        const QRegularExpression said(word + " (\\d+)\n");
+        QRegularExpressionMatch m;
+        waitUntil(
+            [&] {
+                return (m = said.match(QString::fromLatin1(out += p.readAllStandardOutput())))
+                    .hasMatch();
+            },
+            ms);
+        return m.hasMatch() ? m.captured(1).toInt() : -1;
+    };
+
+    QProcess first;
+    startRun(first, "1");
+    const int saved = says(first, "SAVED", 15000);
+    ASSERT_GT(saved, 0) << out.constData();
+    const std::string t001 = test::readFile(save / "T001.lvd");
+    EXPECT_EQ(t001.size(), 20u * saved) << "every record saved";
+    EXPECT_NE(test::readFile(folder / "lv_Analog.ini").find("SuffixNum=2"), std::string::npos)
         << "the number moved on in the file at once";
-    ASSERT_TRUE(waitForLine(*first, out, "RECORDING", 5000));
-    ::kill(static_cast<pid_t>(first->processId()), SIGKILL);
-    ASSERT_TRUE(first->waitForFinished(5000));
+    const int recorded = says(first, "RECORDING", 5000);
+    EXPECT_GT(recorded, 50) << "more than the second that may be lost";
+    ::kill(static_cast<pid_t>(first.processId()), SIGKILL);
+    ASSERT_TRUE(first.waitForFinished(5000));
     const auto journal = RecoveryJournal::find(folder);
     ASSERT_TRUE(journal);
-    EXPECT_GE(journal->recordCount, 25) << "1.5 s recorded, at most the last second lost";
+    EXPECT_GE(journal->recordCount, recorded - 50) << "at most the last second lost";
 
-    std::unique_ptr<QProcess> second(startRun("2", data.path(), meter.link));
-    out.clear();
-    ASSERT_TRUE(waitForLine(*second, out, "DONE", 15000)) << out.constData();
-    second->waitForFinished(5000);
+    QProcess second;
+    startRun(second, "2");
+    const int done = says(second, "DONE", 15000);
+    ASSERT_GT(done, 0) << out.constData();
+    second.waitForFinished(5000);
 
-    EXPECT_EQ(readAll(save / "T001.lvd"), t001) << "the saved recording is untouched";
+    EXPECT_EQ(test::readFile(save / "T001.lvd"), t001) << "the saved recording is untouched";
     RecBuffer buffer;
     ASSERT_TRUE(loadLvdFile(save / "T002.lvd", std::nullopt, buffer).ok())
         << "the new one has a name of its own";
-    EXPECT_NEAR(buffer.RecCount, 125, 25) << "the lead-in second and 1.5 s after it";
+    EXPECT_EQ(buffer.RecCount, done) << "every record saved";
     EXPECT_FALSE(RecoveryJournal::find(folder));
 
     // The interrupted session: an ordinary recording in recovered/.
@@ -145,28 +130,26 @@ TEST(WindowRecovery, APipeADeviceAndAFolderEndInAMessageWithinASecond) {
     QTemporaryDir data;
     const QString fifo = data.filePath("fifo.lvd");
     ASSERT_EQ(::mkfifo(fifo.toLocal8Bit().constData(), 0600), 0);
-    MainWindow w({data.path().toStdString(), "1.0.0", [] { return std::vector<std::string>{}; },
-                  QCoreApplication::applicationDirPath().toStdString()});
-    w.prompter().setUnattended(true);
-    w.Form_Load();
+    auto w = test::openWindow(data.path().toStdString(), "", "");
     const std::pair<QString, const char*> cases[] = {{fifo, "This is not an ordinary file."},
                                                      {"/dev/zero", "This is not an ordinary file."},
                                                      {data.path(), "This is a folder"}};
     for (const auto& [path, message] : cases) {
+        SCOPED_TRACE(path.toStdString());
         QElapsedTimer t;
         t.start();
-        w.recording().playFile(path);
-        EXPECT_LT(t.elapsed(), 1000) << path.toStdString();
-        EXPECT_EQ(w.recording().state().buffer.RecCount, 0);
-        EXPECT_NE(w.session().state().RunMode, kRunPlayback);
+        w->recording().playFile(path);
+        EXPECT_LT(t.elapsed(), 1000);
+        EXPECT_EQ(w->recording().state().buffer.RecCount, 0);
+        EXPECT_NE(w->session().state().RunMode, kRunPlayback);
 
         QProcess tool;
         tool.start(LVDTOOL_PATH, {"info", path});
-        ASSERT_TRUE(tool.waitForFinished(1000)) << path.toStdString();
+        ASSERT_TRUE(tool.waitForFinished(1000));
         EXPECT_NE(tool.exitCode(), 0);
-        EXPECT_TRUE(tool.readAllStandardError().contains(message)) << path.toStdString();
+        EXPECT_TRUE(tool.readAllStandardError().contains(message));
     }
-    w.closeUnattended();
+    w->closeUnattended();
 }
 
 }  // namespace

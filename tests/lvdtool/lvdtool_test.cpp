@@ -10,9 +10,9 @@
 #include <QImage>
 
 #include "lvdtool/lvd_synth.h"
-#include "recording/time_axis.h"
 #include "recording/lvd_file.h"
 #include "recording/lvd_report.h"
+#include "recording/time_axis.h"
 #include "support/sound_files.h"
 #include "support/temp_dir.h"
 
@@ -40,23 +40,15 @@ protected:
 // Base code 82 is (41 + 8) / 20 = 2.45, BD 1000 tenths shows "100", a
 // negative reading is the meter's 0..65535 value.
 TEST_F(LvdToolTest, CsvShowsWhatTheDialShows) {
-    lvdRecord a{.TimeMs = 20,
-                .RawData = -1,
-                .NeedlePos = -2503,
-                .BdCount = 1000,
-                .BaseCode = 82,
-                .Sensitivity = 36,
-                .StatusFlags = packStatusFlags(2, false, true, 3),
-                .FrameType = 'O'};
-    lvdRecord b = a;
-    b.TimeMs = 40;
-    b.RawData = 1234;
-    b.BdCount = 15;
-    b.BaseCode = 245;
-    b.StatusFlags = packStatusFlags(0, false, false, 3);
-    b.FrameType = 'P';
-    std::vector<lvdRecord> records{a, b, b, b, b};
-    records[4].TimeMs = 100;
+    const auto record = [](std::int32_t ms, std::int16_t raw, std::int16_t bd, std::uint8_t base,
+                           int lamp, bool bdFlag, std::uint8_t frame) {
+        // Byte 13, the stamp and its marker as the recorder leaves them: 0.
+        return lvdRecord{ms, raw, -2503, bd,   base, 36, packStatusFlags(lamp, false, bdFlag, 3),
+                         0,  {},  0,     frame};
+    };
+    std::vector<lvdRecord> records{record(20, -1, 1000, 82, 2, true, 'O')};
+    for (std::int32_t ms : {40, 40, 40, 100})
+        records.push_back(record(ms, 1234, 15, 245, 0, false, 'P'));
     ASSERT_TRUE(saveLvdRecords(path("h.lvd"), records, std::nullopt).saved);
     const auto rec = loadRecording(path("h.lvd"));
     ASSERT_TRUE(rec.ok) << rec.message;
