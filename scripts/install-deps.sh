@@ -13,7 +13,7 @@ set -euo pipefail
 
 build_pkgs=(g++ cmake ninja-build make pkg-config fonts-dejavu-core
             qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libsndfile1-dev libmpg123-dev
-            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio sox lame poppler-utils xvfb)
+            libgtest-dev libgmock-dev libbenchmark-dev pulseaudio sox lame xvfb)
 # The man pages are made from the programs' --help at build time.
 build_pkgs+=(help2man)
 # Draws the window's icon, which is an SVG.
