@@ -4,26 +4,27 @@
 
 namespace lv {
 
-// When the next frame may go to the screen: at most 50 a second on average,
-// and at once when a reading comes on time. Each drawn frame moves the next
-// slot at least one period on, so the rate cannot creep up, yet a frame may
-// come up to kEarlyMs before its slot, so that jittering readings wait for
-// nothing.
+// When the next frame may go to the screen. The meter's 50 readings a second
+// set the pace, and each goes out at once; only a reading that follows its
+// predecessor's frame too closely (a burst after a stall) waits. A cap at
+// exactly 50 a second would hold every reading of a meter whose clock runs a
+// little fast, each on a timer of its own.
 class FramePacer {
 public:
-    static constexpr std::int64_t kPeriodMs = 20;
-    static constexpr std::int64_t kEarlyMs = 5;
+    static constexpr std::int64_t kMinGapMs = 12;
 
     // Milliseconds to hold a frame that is ready now; 0 draws it at once.
     std::int64_t waitMs(std::int64_t nowMs) const {
-        return std::max<std::int64_t>(0, m_nextMs - kEarlyMs - nowMs);
+        return m_drawn ? std::max<std::int64_t>(0, m_lastMs + kMinGapMs - nowMs) : 0;
     }
     void drawn(std::int64_t nowMs) {
-        m_nextMs = std::max(m_nextMs + kPeriodMs, nowMs + kPeriodMs - kEarlyMs);
+        m_lastMs = nowMs;
+        m_drawn = true;
     }
 
 private:
-    std::int64_t m_nextMs = 0;
+    std::int64_t m_lastMs = 0;
+    bool m_drawn = false;
 };
 
 }  // namespace lv

@@ -381,7 +381,6 @@ void MainWindow::showSample(std::int32_t needle) {
     // Drawn at the end of this turn of the event loop rather than on a timer
     // of its own: a reading then costs one wake-up, and reaches the screen
     // without waiting for the next one.
-    // The screen gains nothing from more frames than the meter's 50 a second.
     const std::int64_t wait = m_pacer.waitMs(m_frameClock.elapsed());
     if (wait == 0)
         QMetaObject::invokeMethod(this, &MainWindow::flush, Qt::QueuedConnection);
