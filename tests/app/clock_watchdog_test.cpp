@@ -49,11 +49,6 @@ TEST(ClockWatchdog, ClockAndSilence) {
         EXPECT_EQ(st.DataSilent, c.threshold && c.runMode != kRunPlayback);
         EXPECT_EQ(display.only("Clock(").size(), static_cast<std::size_t>(c.clocks));
     }
-    test::ScriptedPort port;
-    test::RecordingDisplay display;
-    MeterState st;
-    ClockWatchdog(st, port, display, {}).tmrClock_Timer({10, 5, 0, {2026, 3, 1}});
-    EXPECT_EQ(display.calls, std::vector<std::string>{"Clock(10,5,0,2026-3-1)"});
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <iterator>
 #include <tuple>
 
-#include "app/reconnect_policy.h"
 #include "support/temp_dir.h"
 
 namespace lv {
@@ -58,8 +57,8 @@ TEST(ProgramFiles, ACfgThatFailsToLoadIsKeptAsBakBeforeItIsRewrittenAndSaidOnce)
 
 TEST(ProgramFiles, SavedPortOnlyWhileTheListKeepsItsLength) {
     // port, candidate count saved, ports now, port used
-    const std::tuple<int, int, int, int> cases[] = {{2, 3, 3, 2}, {2, 0, 3, 2}, {2, 3, 4, 0},
-                                                    {5, 5, 3, 0}, {0, 0, 3, 0}, {-1, 3, 3, 0}};
+    const std::tuple<int, int, int, int> cases[] = {
+        {2, 3, 3, 2}, {2, 0, 3, 2}, {2, 3, 4, 0}, {0, 0, 3, 0}};
     for (const auto& [port, count, now, used] : cases) {
         SessionConfig s;
         s.PortNumber = static_cast<std::int16_t>(port);
@@ -82,34 +81,8 @@ TEST(ProgramFiles, SessionToSaveRoundTripsThroughTheFile) {
     ASSERT_TRUE(LoadSessionConfig(dir.path(), back));
     EXPECT_EQ(back.SettingsFilePath, "/somewhere/x.ini");
     EXPECT_EQ(back.AutoSaveMode, kAutoSaveOn);
-    EXPECT_EQ(back.PortNumber, 2);
-    EXPECT_EQ(back.PortCandidateCount, 5);
     EXPECT_EQ(placementOf(back).height, 32767) << "clamped to the item's 16 bits";
     EXPECT_EQ(back.DialCalibration[3], 77) << "calibration carried over";
-
-    const SessionConfig noPort = sessionToSave(loaded, store, 0, 5, std::nullopt);
-    EXPECT_EQ(noPort.PortCandidateCount, 0);
-    EXPECT_FALSE(placementOf(noPort).valid()) << "no placement given: nothing invented";
-}
-
-TEST(ReconnectPolicy, ProbesWhenThePathReturnsAndBacksOffWhileItIsSilent) {
-    ReconnectPolicy p;
-    EXPECT_FALSE(p.due(0, true)) << "nothing lost";
-    p.lost("/dev/ttyUSB0");
-    // now, path present, due, probe fails: a failed probe waits a second; a
-    // path that goes and comes back is probed at once.
-    const std::tuple<double, bool, bool, bool> steps[] = {{0.0, true, true, true},
-                                                          {0.5, true, false, false},
-                                                          {1.0, true, true, true},
-                                                          {1.25, false, false, false},
-                                                          {1.5, true, true, false}};
-    for (const auto& [now, present, due, fails] : steps) {
-        EXPECT_EQ(p.due(now, present), due) << now;
-        if (fails) p.probeFailed(now);
-    }
-    p.reconnected();
-    EXPECT_FALSE(p.waiting());
-    EXPECT_FALSE(p.due(9, true));
 }
 
 }  // namespace

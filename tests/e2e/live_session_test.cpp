@@ -7,7 +7,6 @@
 #include "device/link_status.h"
 #include "device/receive_event.h"
 #include "settings/session_config.h"
-#include "signal/needle_model.h"
 #include "support/live_window.h"
 #include "support/recording_display.h"
 #include "support/scripted_prompter.h"
@@ -43,8 +42,6 @@ TEST(LiveSessionEndToEnd, DecodesEveryFrameAndTakesTheMeterBackWhenItsPortReturn
         << "the last frame of the script arrives";
     for (std::size_t i = 1; i < raws.size(); ++i)
         EXPECT_GT(raws[i], raws[i - 1]) << "frames in order, none repeated";
-    EXPECT_EQ(s.state().SensPos, 0x2A / 2);
-    EXPECT_TRUE(s.state().BdCounting);
     EXPECT_EQ(s.state().ShownBd, "100");
     EXPECT_EQ(s.state().ShownStatus, kStatusInputOk);
     EXPECT_EQ(s.port().threshold(), kReceiveThreshold);
@@ -72,7 +69,6 @@ TEST(LiveSessionEndToEnd, DecodesEveryFrameAndTakesTheMeterBackWhenItsPortReturn
     EXPECT_GE(samples, static_cast<long>(seconds * 25)) << "the needle moves again";
     EXPECT_LE(samples, static_cast<long>(seconds * 50) + 12) << "no frame decoded twice";
     EXPECT_EQ(s.state().GoodFrames, 5);
-    EXPECT_LE(std::abs(s.needle()), kNeedleLimit);
 }
 
 // The program itself: it finds the meter given on the command line, and a
@@ -98,10 +94,6 @@ TEST(ProgramEndToEnd, RunsLiveAndClosesInOrderOnSigterm) {
     EXPECT_EQ(cfg.PortNumber, 1);
     EXPECT_GE(cfg.PortCandidateCount, 1) << "the system's own ports follow the one given";
     EXPECT_GT(cfg.WindowWidth, 0) << "the placement is kept";
-    const std::string ini = test::readFile(data.filePath("lv_Analog.ini").toStdString());
-    EXPECT_NE(ini.find("[Recording]"), std::string::npos);
-    EXPECT_EQ(ini.find("[Colors]"), std::string::npos)
-        << "autosave Off: display settings are not written";
 }
 
 // A silent device keeps the start-up's search probing; SIGTERM then ends the

