@@ -89,6 +89,12 @@ int main(int argc, char* argv[]) {
                                  "[FILE.lvd]");
     answerTextOnly(argc, argv, parser);
 
+    // The window changes in small pieces 50 times a second. Through X shared
+    // memory Qt waits, before each repaint, for the server to finish reading
+    // the last one: a round trip and two thread wake-ups a frame, dearer than
+    // sending a needle's few kilobytes down the socket. A setting of the
+    // user's own wins.
+    if (!qEnvironmentVariableIsSet("QT_XCB_NO_MITSHM")) qputenv("QT_XCB_NO_MITSHM", "1");
     QApplication app(argc, argv);
     parser.process(app);
     // The desktop entry's name: the window is matched to its launcher and icon.
