@@ -1,7 +1,10 @@
 #include "display/qt_image_surface.h"
 
 #include <QFont>
+#include <algorithm>
 #include <cmath>
+
+#include "display/qt_line_band.h"
 
 namespace lv {
 
@@ -9,6 +12,9 @@ namespace {
 constexpr double kRadToDeg = 180.0 / 3.14159265358979323846;
 // The antialiased fringe reaches this far beyond a shape's geometry.
 constexpr qreal kFringe = 2;
+// A repaint area with more pieces than this is repainted as its bounding box:
+// past it, a blit per piece costs more than the pixels it saves.
+constexpr int kMostDirtyPieces = 64;
 }  // namespace
 
 ImageSurface::ImageSurface(QSize size, qreal devicePixelRatio) {
@@ -38,9 +44,12 @@ void ImageSurface::resize(QSize size, qreal devicePixelRatio) {
     m_layer.reset();
     m_needle.reset();
     m_topArea = QRegion();
-    m_stale = QRegion();
+    m_stale = false;
     m_poly.clear();
-    touched(QRectF(QPointF(0, 0), m_size));
+    m_dirty = QRect(QPoint(0, 0), m_size);
+    m_drawn.reset(m_size.width());
+    m_changedStrips.reset(m_size.width());
+    m_wipedWith = state().back;
 }
 
 QImage& ImageSurface::target(Target t) const {
@@ -110,19 +119,36 @@ QRect ImageSurface::grown(const QRectF& area, qreal penWidth) const {
 
 void ImageSurface::touched(const QRectF& area, qreal penWidth) {
     const QRect r = grown(area, penWidth);
-    m_dirty |= r;
-    if (m_layer == Layer::Face) m_surround = QImage();
-    if (m_layer) {
-        m_stale += r;
-        if (*m_layer == Layer::Top) m_topArea += r;
+    if (!m_layer) {
+        m_drawn.add(r.left(), r.top(), r.right() + 1, r.bottom() + 1);
+        m_changedStrips.add(r.left(), r.top(), r.right() + 1, r.bottom() + 1);
+        return;
     }
+    changed(r);
+    if (m_layer == Layer::Face) m_surround = QImage();
+    if (m_layer == Layer::Top) m_topArea += r;
 }
 
-QRect ImageSurface::takeDirty() {
-    compose();
-    const QRect dirty = m_dirty & QRect(QPoint(0, 0), m_size);
-    m_dirty = QRect();
-    return dirty;
+void ImageSurface::changed(const QRegion& area) {
+    m_dirty += area;
+    if (m_dirty.rectCount() > kMostDirtyPieces) m_dirty = m_dirty.boundingRect();
+    if (m_layer) m_stale = true;
+}
+
+QRegion ImageSurface::takeDirty() {
+    flushPolyline();
+    const QRegion dirty = m_dirty & QRect(QPoint(0, 0), m_size);
+    m_dirty = QRegion();
+    QRegion strips;
+    if (m_changedStrips.area() * 2 < m_size.width() * m_size.height()) {
+        m_changedStrips.forEach([&strips](int left, int top, int right, int bottom) {
+            strips += QRect(left, top, right - left, bottom - top);
+        });
+    } else if (!m_changedStrips.empty()) {
+        strips = QRect(QPoint(0, 0), m_size);  // a grid: nearly all of it, in one piece
+    }
+    m_changedStrips.clear();
+    return dirty + (strips & QRect(QPoint(0, 0), m_size));
 }
 
 const QImage& ImageSurface::image() const {
@@ -131,31 +157,68 @@ const QImage& ImageSurface::image() const {
 }
 
 void ImageSurface::clear() {
-    endPainters();
-    m_poly.clear();
+    m_poly.clear();  // a trace not drawn yet would only be wiped
     const QColor back = toQColor(state().back);
-    m_image.fill(back);
-    if (!m_face.isNull()) {
+    const QRect all(QPoint(0, 0), m_size);
+    if (layered()) {
+        endPainters();
+        m_image.fill(back);
         m_face.fill(back);
         m_top.fill(Qt::transparent);
+        m_needle.reset();
+        m_surround = QImage();
+        m_topArea = QRegion();
+        changed(all);
+        return;
     }
-    m_needle.reset();
-    m_surround = QImage();
-    m_topArea = QRegion();
-    m_stale = QRegion();
-    m_dirty |= QRect(QPoint(0, 0), m_size);
+    // A chart is wiped for every step of its trace, and only what was drawn
+    // since the last wipe differs from the background: that much is filled,
+    // unless the background itself changed. The painter stays (one ended and
+    // begun again each time costs more than the fill); the image is its own,
+    // so no copy is made under it. Not a fill through the painter either: Qt
+    // hands one that large to its worker threads and waits for them.
+    // A copy of the picture still held elsewhere would take the painter's
+    // buffer with it when the image detaches for the fill.
+    if (!m_image.isDetached()) endPainters();
+    if (state().back == m_wipedWith) {
+        // A grid reaches across every strip: then one fill of the whole is faster.
+        if (m_drawn.area() * 2 < m_size.width() * m_size.height())
+            fillStrips(m_drawn, back);
+        else
+            m_image.fill(back);
+        m_changedStrips.add(m_drawn);
+    } else {
+        m_image.fill(back);
+        m_dirty = all;
+    }
+    m_drawn.clear();
+    m_wipedWith = state().back;
+}
+
+void ImageSurface::fillStrips(const StripArea& area, const QColor& colour) {
+    const qreal ratio = m_image.devicePixelRatio();
+    const QRect image = m_image.rect();
+    const quint32 pixel = colour.rgb();
+    uchar* bits = m_image.bits();
+    const qsizetype stride = m_image.bytesPerLine();
+    area.forEach([&](int left, int top, int right, int bottom) {
+        const QRect r = QRectF(QPointF(left, top) * ratio, QPointF(right, bottom) * ratio)
+                            .toAlignedRect() & image;
+        for (int y = r.top(); y <= r.bottom(); ++y)
+            std::fill_n(reinterpret_cast<quint32*>(bits + y * stride) + r.left(), r.width(), pixel);
+    });
 }
 
 bool ImageSurface::needleErased(Colour c) {
     if (m_layer != Layer::Needle || m_erase != c) return false;
-    if (m_needle) m_stale += m_needle->rect;
-    m_dirty |= m_needle ? m_needle->rect : QRect();
+    if (m_needle) changed(m_needle->area);
     m_needle.reset();
     return true;
 }
 
 void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
-    NeedleShown n{a, b, pen(c), grown(QRectF(a, b), std::max(1, state().lineWidth)), {}};
+    const qreal reach = std::max(1, state().lineWidth) / 2.0 + kFringe;
+    NeedleShown n{a, b, pen(c), lineBand(a, b, reach) & QRect(QPoint(0, 0), m_size), {}};
     if (m_opening) {
         // Only a line that reaches out of the opening is clipped to it.
         const QPointF centre = toPixels(m_opening->x, m_opening->y);
@@ -169,10 +232,8 @@ void ImageSurface::showNeedle(QPointF a, QPointF b, Colour c) {
             surroundFor(centre, r);
         }
     }
-    if (m_needle) m_stale += m_needle->rect;
-    m_stale += n.rect;
-    m_dirty |= n.rect;
-    if (m_needle) m_dirty |= m_needle->rect;
+    if (m_needle) changed(m_needle->area);
+    changed(n.area);
     m_needle = std::move(n);
 }
 
@@ -190,21 +251,39 @@ void ImageSurface::surroundFor(QPointF centre, qreal radius) {
 
 void ImageSurface::compose() const {
     flushPolyline();
-    if (m_stale.isEmpty()) return;
-    QPainter& p = painter(Shown);
-    // The face layer was drawn to by its own painter: finish it first.
-    if (m_painters[FaceImage]) m_painters[FaceImage].reset();
-    if (m_painters[TopImage]) m_painters[TopImage].reset();
+    if (!m_stale) return;
+    m_stale = false;
+    paintLayers(painter(Shown), QRect(QPoint(0, 0), m_size));
+}
+
+void ImageSurface::paint(QPainter& p, const QRegion& region) const {
+    flushPolyline();
+    if (layered()) {
+        paintLayers(p, region);
+        return;
+    }
+    const qreal ratio = m_image.devicePixelRatio();
+    for (const QRect& r : region)
+        p.drawImage(QRectF(r), m_image,
+                    QRectF(QPointF(r.topLeft()) * ratio, QSizeF(r.size()) * ratio));
+}
+
+void ImageSurface::paintLayers(QPainter& p, const QRegion& region) const {
+    // The layers were drawn to by painters of their own: finish those first.
+    m_painters[FaceImage].reset();
+    m_painters[TopImage].reset();
     const qreal ratio = m_image.devicePixelRatio();
     auto source = [ratio](const QRect& r) {
         return QRectF(QPointF(r.topLeft()) * ratio, QSizeF(r.size()) * ratio);
     };
     p.save();
+    p.setRenderHint(QPainter::Antialiasing);
     p.setCompositionMode(QPainter::CompositionMode_Source);
-    for (const QRect& r : m_stale) p.drawImage(QRectF(r), m_face, source(r));
+    for (const QRect& r : region) p.drawImage(QRectF(r), m_face, source(r));
     p.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    if (m_needle && m_stale.intersects(m_needle->rect)) {
-        p.setClipRegion(m_stale & m_needle->rect);
+    const QRegion under = m_needle ? region & m_needle->area : QRegion();
+    if (!under.isEmpty()) {
+        p.setClipRegion(under);
         p.setPen(m_needle->pen);
         p.setBrush(Qt::NoBrush);
         p.drawLine(m_needle->a, m_needle->b);
@@ -212,13 +291,10 @@ void ImageSurface::compose() const {
         // The face around the opening laid back over the needle: cheaper
         // than clipping to a round path, and the rim stays antialiased.
         if (m_needle->clip)
-            for (const QRect& r : m_stale & m_needle->rect)
-                p.drawImage(QRectF(r), m_surround, source(r));
+            for (const QRect& r : under) p.drawImage(QRectF(r), m_surround, source(r));
     }
-    const QRegion top = m_stale.intersected(m_topArea);
-    for (const QRect& r : top) p.drawImage(QRectF(r), m_top, source(r));
+    for (const QRect& r : region & m_topArea) p.drawImage(QRectF(r), m_top, source(r));
     p.restore();
-    m_stale = QRegion();
 }
 
 void ImageSurface::flushPolyline() const {
@@ -387,8 +463,7 @@ void ImageSurface::wipe(float x, float y, float width, float height, Colour colo
     p.fillRect(area, Qt::transparent);
     p.restore();
     m_topArea -= area;
-    m_stale += area;
-    m_dirty |= area;
+    changed(area);
 }
 
 qreal ImageSurface::pointsForPixels(qreal pixels) const {

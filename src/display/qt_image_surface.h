@@ -7,6 +7,7 @@
 #include <array>
 #include <memory>
 
+#include "display/strip_area.h"
 #include "display/surface.h"
 
 namespace lv {
@@ -17,10 +18,10 @@ namespace lv {
 //
 // Once told about layers it keeps three: the face (drawn once per rebuild),
 // the needle (one line, remembered rather than painted in), and the top
-// (readouts, lamp, hub ring). The image shown is composed from them, rectangle
-// by rectangle, only where something changed; painting the needle out shows
-// the face again, whatever the face looks like there. Without layers (the
-// chart) everything goes straight onto the one image.
+// (readouts, lamp, hub ring). The screen is painted from them, only where
+// something changed; painting the needle out shows the face again, whatever
+// the face looks like there. Without layers (the chart) everything goes
+// straight onto the one image.
 class ImageSurface : public Surface {
 public:
     // `size` in device-independent pixels.
@@ -32,6 +33,8 @@ public:
     const QImage& image() const;
 
     int widthPixels() const override { return m_size.width(); }
+    // In device-independent pixels.
+    QSize size() const { return m_size; }
     void clear() override;
     void circle(float x, float y, float radius, Colour outline) override;
     void arc(float x, float y, float radius, Colour outline, float start, float end) override;
@@ -56,19 +59,27 @@ public:
     QPointF toPixels(float x, float y) const;
 
     // What has changed since the last call, in device-independent pixels:
-    // the widget repaints that much and no more.
-    QRect takeDirty();
+    // the widget repaints that much and no more. Without layers a wipe counts
+    // only where something had been drawn since the last one, so a chart
+    // redrawn whole costs the screen the strip along its trace.
+    QRegion takeDirty();
+    // Paints the picture's `region` (device-independent pixels) with `p`. With
+    // layers it is composed straight onto the painter: the screen's copy is
+    // the only one made of it.
+    void paint(QPainter& p, const QRegion& region) const;
+    // The device text is measured for, without composing the picture.
+    const QPaintDevice* metricsDevice() const { return &m_image; }
     // The face layer alone (a null image before any layer was used).
     const QImage& face() const { return m_face; }
     // Where the needle shown lies, pen included; empty when none is shown.
-    QRect needleRect() const { return m_needle ? m_needle->rect : QRect(); }
+    QRegion needleArea() const { return m_needle ? m_needle->area : QRegion(); }
 
 private:
     enum Target { Shown, FaceImage, TopImage, kTargets };
     struct NeedleShown {
         QPointF a, b;
         QPen pen;
-        QRect rect;
+        QRegion area;
         bool clip = false;  // reaches beyond the opening: the surround goes over it
     };
 
@@ -81,8 +92,14 @@ private:
     qreal radiusPixels(float radius) const;
     // Adds a drawn area, grown by the pen's reach and the antialiased fringe.
     void touched(const QRectF& area, qreal penWidth = 0);
+    // Marks an area for the next repaint; with layers, the composed image is
+    // then out of date as well.
+    void changed(const QRegion& area);
+    bool layered() const { return !m_face.isNull(); }
     QRect grown(const QRectF& area, qreal penWidth) const;
     void ensureLayers();
+    // Fills the strips' rectangles of the shown image (32-bit, opaque).
+    void fillStrips(const StripArea& area, const QColor& colour);
     void endPainters();
     // A needle-layer primitive: the erase colour takes the needle away, any
     // other colour (a line) becomes the needle.
@@ -94,6 +111,9 @@ private:
     // The face with the opening cut out of it, made when a needle first
     // reaches beyond the opening.
     void surroundFor(QPointF centre, qreal radius);
+    // The layers' pixels in `region`, onto `p`.
+    void paintLayers(QPainter& p, const QRegion& region) const;
+    // Brings the image shown up to date with the layers.
     void compose() const;
 
     QSize m_size;
@@ -107,9 +127,14 @@ private:
     std::optional<Opening> m_opening;
     std::optional<NeedleShown> m_needle;
     std::optional<Colour> m_erase;
-    QRegion m_topArea;        // where the top layer has anything
-    mutable QRegion m_stale;  // to be composed again
-    QRect m_dirty;
+    QRegion m_topArea;              // where the top layer has anything
+    mutable bool m_stale = false;  // the layers changed since the image was composed
+    QRegion m_dirty;
+    // Without layers: where anything but the background lies, and what
+    // changed since the last repaint, strip by strip.
+    StripArea m_drawn;
+    StripArea m_changedStrips;
+    Colour m_wipedWith = 0;  // the background of the last wipe
     mutable QPolygonF m_poly;  // segments waiting to be drawn ...
     mutable QPen m_polyPen;    // ... in this pen
 };

@@ -15,23 +15,22 @@ PanelWidget::PanelWidget(QWidget* parent) : QWidget(parent), m_surface(size(), 1
 
 void PanelWidget::paintEvent(QPaintEvent* event) {
     QPainter p(this);
-    const QImage& image = m_surface.image();
-    const QRect picture(m_origin, image.deviceIndependentSize().toSize());
-    if (!picture.contains(event->rect())) {
-        const QRegion margins = QRegion(event->rect()).subtracted(picture);
+    const QRect picture(m_origin, m_surface.size());
+    const QRegion asked = event->region();
+    const QRegion margins = asked.subtracted(picture);
+    if (!margins.isEmpty()) {
         const QColor fill = toQColor(m_margin.value_or(m_surface.state().back));
         for (const QRect& r : margins) p.fillRect(r, fill);
     }
-    // Only the part asked for: most repaints are one needle's strip.
-    const QRect area = event->rect() & picture;
+    // Only the pieces asked for: most repaints are a needle's band.
+    const QRegion area = (asked & picture).translated(-m_origin);
     if (area.isEmpty()) return;
-    const qreal ratio = image.devicePixelRatio();
-    const QRectF source(QPointF(area.topLeft() - m_origin) * ratio, QSizeF(area.size()) * ratio);
-    p.drawImage(QRectF(area), image, source);
+    p.translate(m_origin);
+    m_surface.paint(p, area);
 }
 
 void PanelWidget::updateDirty() {
-    const QRect dirty = m_surface.takeDirty();
+    const QRegion dirty = m_surface.takeDirty();
     if (!dirty.isEmpty()) update(dirty.translated(m_origin));
 }
 

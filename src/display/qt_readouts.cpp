@@ -51,7 +51,7 @@ QFontMetricsF PanelReadouts::metricsAt(qreal pixels) const {
     QFont font(QString::fromStdString(s.font));
     font.setPointSizeF(std::max(1.0f, s.size));
     font.setBold(true);
-    return QFontMetricsF(font, &m_panel.image());
+    return QFontMetricsF(font, m_panel.metricsDevice());
 }
 
 qreal PanelReadouts::fitting(const std::string& text, qreal pixels, qreal widthPixels) const {

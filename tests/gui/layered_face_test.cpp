@@ -11,7 +11,7 @@ namespace lv {
 namespace {
 
 // The needle swept across its whole range on every face, at the default width
-// and at the widest in a small window: outside the needle's own rectangle the
+// and at the widest in a small window: outside the needle's own band the
 // picture is the fresh face to the pixel; the needle never shows outside a
 // circular disc, and the hub ring stays above it.
 TEST(LayeredFace, SweptNeedleLeavesTheFaceAsDrawn) {
@@ -46,7 +46,7 @@ TEST(LayeredFace, SweptNeedleLeavesTheFaceAsDrawn) {
             if (dial != 4)
                 for (ImageSurface* s : {&fresh, &swept}) Update_LED(*s, dial, cfg.Dial_Color);
             const QImage a = fresh.image(), b = swept.image();
-            const QRect needle = swept.needleRect();
+            const QRegion needle = swept.needleArea();
             int outside = 0, beyondDisc = 0, onHub = 0;
             for (int y = 0; y < size.height(); ++y) {
                 const int bytes = a.bytesPerLine();  // most rows: the same, cheaply
@@ -54,14 +54,14 @@ TEST(LayeredFace, SweptNeedleLeavesTheFaceAsDrawn) {
                 for (int x = 0; x < size.width(); ++x) {
                     if (a.pixel(x, y) == b.pixel(x, y)) continue;
                     const qreal d = std::hypot(x + 0.5 - hub.x(), y + 0.5 - hub.y());
-                    outside += !needle.contains(x, y);
+                    outside += !needle.contains(QPoint(x, y));
                     beyondDisc += circular && d > discR + 1;
                     onHub += circular && std::abs(d - hubR) < 0.5;
                 }
             }
             ASSERT_EQ(std::tuple(outside, beyondDisc, onHub), std::tuple(0, 0, 0))
                 << "value " << value << ": pixels changed outside the "
-                << "needle's rectangle, beyond the disc, on the hub ring";
+                << "needle's band, beyond the disc, on the hub ring";
             const NeedleLine n = needleLine(value);
             const QPointF mid =
                 swept.toPixels((n.innerX + n.outerX) / 2, (n.innerY + n.outerY) / 2);
