@@ -15,6 +15,19 @@ constexpr qreal kFringe = 2;
 // A repaint area with more pieces than this is repainted as its bounding box:
 // past it, a blit per piece costs more than the pixels it saves.
 constexpr int kMostDirtyPieces = 64;
+// Qt's raster engine hands a blit of more rows than about 96, under a clip
+// that is not one rectangle (a paint event's usually is not), to its worker
+// threads and waits for them: dearer than the copy for the sizes here.
+constexpr int kBlitRows = 64;
+
+// Copies `area` (device-independent pixels) of `image` to the same place.
+void blit(QPainter& p, const QRect& area, const QImage& image) {
+    const qreal ratio = image.devicePixelRatio();
+    for (int top = area.top(); top <= area.bottom(); top += kBlitRows) {
+        const QRect r(area.left(), top, area.width(), std::min(kBlitRows, area.bottom() + 1 - top));
+        p.drawImage(QRectF(r), image, QRectF(QPointF(r.topLeft()) * ratio, QSizeF(r.size()) * ratio));
+    }
+}
 }  // namespace
 
 ImageSurface::ImageSurface(QSize size, qreal devicePixelRatio) {
@@ -262,24 +275,17 @@ void ImageSurface::paint(QPainter& p, const QRegion& region) const {
         paintLayers(p, region);
         return;
     }
-    const qreal ratio = m_image.devicePixelRatio();
-    for (const QRect& r : region)
-        p.drawImage(QRectF(r), m_image,
-                    QRectF(QPointF(r.topLeft()) * ratio, QSizeF(r.size()) * ratio));
+    for (const QRect& r : region) blit(p, r, m_image);
 }
 
 void ImageSurface::paintLayers(QPainter& p, const QRegion& region) const {
     // The layers were drawn to by painters of their own: finish those first.
     m_painters[FaceImage].reset();
     m_painters[TopImage].reset();
-    const qreal ratio = m_image.devicePixelRatio();
-    auto source = [ratio](const QRect& r) {
-        return QRectF(QPointF(r.topLeft()) * ratio, QSizeF(r.size()) * ratio);
-    };
     p.save();
     p.setRenderHint(QPainter::Antialiasing);
     p.setCompositionMode(QPainter::CompositionMode_Source);
-    for (const QRect& r : region) p.drawImage(QRectF(r), m_face, source(r));
+    for (const QRect& r : region) blit(p, r, m_face);
     p.setCompositionMode(QPainter::CompositionMode_SourceOver);
     const QRegion under = m_needle ? region & m_needle->area : QRegion();
     if (!under.isEmpty()) {
@@ -291,9 +297,9 @@ void ImageSurface::paintLayers(QPainter& p, const QRegion& region) const {
         // The face around the opening laid back over the needle: cheaper
         // than clipping to a round path, and the rim stays antialiased.
         if (m_needle->clip)
-            for (const QRect& r : under) p.drawImage(QRectF(r), m_surround, source(r));
+            for (const QRect& r : under) blit(p, r, m_surround);
     }
-    for (const QRect& r : region & m_topArea) p.drawImage(QRectF(r), m_top, source(r));
+    for (const QRect& r : region & m_topArea) blit(p, r, m_top);
     p.restore();
 }
 
