@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstring>
 
+#include <QPainter>
+
 #include "display/dial_face.h"
 #include "display/needle_drawing.h"
 #include "display/qt_image_surface.h"
@@ -69,6 +71,25 @@ TEST(LayeredFace, SweptNeedleLeavesTheFaceAsDrawn) {
                 !circular || std::hypot(mid.x() - hub.x(), mid.y() - hub.y()) < discR - width;
             EXPECT_TRUE(!shown || b.pixelColor(mid.toPoint()) == toQColor(cfg.MainNeedle_Color))
                 << "value " << value << ": the needle's middle in its colour";
+            if (circular) continue;
+            // Wherever nothing lies above it, the needle is the whole stroke on
+            // the face, antialiased fringe and all: its band cuts none of it off.
+            QImage whole = fresh.face().copy();
+            QPainter p(&whole);
+            p.setRenderHint(QPainter::Antialiasing);
+            QPen pen(toQColor(cfg.MainNeedle_Color));
+            pen.setWidth(width);
+            pen.setCapStyle(Qt::RoundCap);
+            p.setPen(pen);
+            p.drawLine(swept.toPixels(n.innerX, n.innerY), swept.toPixels(n.outerX, n.outerY));
+            p.end();
+            int cut = 0;
+            const QRect box = needle.boundingRect().adjusted(-3, -3, 3, 3) & whole.rect();
+            for (int y = box.top(); y <= box.bottom(); ++y)
+                for (int x = box.left(); x <= box.right(); ++x)
+                    cut += a.pixel(x, y) == fresh.face().pixel(x, y) &&
+                           whole.pixel(x, y) != b.pixel(x, y);
+            EXPECT_EQ(cut, 0) << "value " << value << ": the needle differs from its whole stroke";
         }
     }
 }
