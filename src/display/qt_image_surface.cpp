@@ -153,7 +153,7 @@ QRegion ImageSurface::takeDirty() {
     const QRegion dirty = m_dirty & QRect(QPoint(0, 0), m_size);
     m_dirty = QRegion();
     QRegion strips;
-    if (m_changedStrips.area() * 2 < m_size.width() * m_size.height()) {
+    if (!mostOf(m_changedStrips)) {
         m_changedStrips.forEach([&strips](int left, int top, int right, int bottom) {
             strips += QRect(left, top, right - left, bottom - top);
         });
@@ -195,10 +195,10 @@ void ImageSurface::clear() {
     if (!m_image.isDetached()) endPainters();
     if (state().back == m_wipedWith) {
         // A grid reaches across every strip: then one fill of the whole is faster.
-        if (m_drawn.area() * 2 < m_size.width() * m_size.height())
-            fillStrips(m_drawn, back);
-        else
+        if (mostOf(m_drawn))
             m_image.fill(back);
+        else
+            fillStrips(m_drawn, back);
         m_changedStrips.add(m_drawn);
     } else {
         m_image.fill(back);
@@ -206,6 +206,10 @@ void ImageSurface::clear() {
     }
     m_drawn.clear();
     m_wipedWith = state().back;
+}
+
+bool ImageSurface::mostOf(const StripArea& area) const {
+    return area.area() * 2 >= static_cast<long long>(m_size.width()) * m_size.height();
 }
 
 void ImageSurface::fillStrips(const StripArea& area, const QColor& colour) {

@@ -98,6 +98,9 @@ private:
     bool layered() const { return !m_face.isNull(); }
     QRect grown(const QRectF& area, qreal penWidth) const;
     void ensureLayers();
+    // Whether the strips cover half the picture or more: then it is cheaper
+    // handled as one piece.
+    bool mostOf(const StripArea& area) const;
     // Fills the strips' rectangles of the shown image (32-bit, opaque).
     void fillStrips(const StripArea& area, const QColor& colour);
     void endPainters();

@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <QPainter>
 #include <cmath>
 
 #include "display/chart.h"
 #include "display/qt_image_surface.h"
-#include "display/qt_line_band.h"
 
 namespace lv {
 namespace {
@@ -81,47 +79,6 @@ TEST(ChartRepaint, OnlyTheTracesStripsChangeAndThePictureIsAsIfDrawnAfresh) {
         if (!c.grid) {
             EXPECT_GT(partial, redraws * 9 / 10);
         }
-    }
-}
-
-// Every pixel the needle's pen paints lies in its band, and a long diagonal
-// needle's band is a small part of its bounding box.
-TEST(LineBand, HoldsTheWholeStrokeAndLittleElse) {
-    struct Case {
-        QPointF a, b;
-        int width;
-        double mostOfBox;  // the band's share of the box, at most
-    };
-    const Case cases[] = {
-        {{320, 380}, {60, 40}, 4, 0.2},    // long, steep
-        {{320, 380}, {600, 300}, 8, 0.4},  // long, flat, wide pen
-        {{320, 380}, {320, 20}, 4, 1.0},   // upright: the box is the band
-        {{10.3, 5.7}, {40.9, 33.2}, 1, 1.0},
-        {{600, 20}, {20, 390}, 2, 0.15},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.a.x() << "," << c.a.y() << " to " << c.b.x() << ","
-                                        << c.b.y() << " width " << c.width);
-        QImage img(640, 400, QImage::Format_ARGB32_Premultiplied);
-        img.fill(Qt::transparent);
-        QPainter p(&img);
-        p.setRenderHint(QPainter::Antialiasing);
-        QPen pen(Qt::black);
-        pen.setWidthF(c.width);
-        pen.setCapStyle(Qt::RoundCap);
-        p.setPen(pen);
-        p.drawLine(c.a, c.b);
-        p.end();
-        const QRegion band = lineBand(c.a, c.b, c.width / 2.0 + 2);
-        int outside = 0;
-        for (int y = 0; y < img.height(); ++y)
-            for (int x = 0; x < img.width(); ++x)
-                outside += qAlpha(img.pixel(x, y)) != 0 && !band.contains(QPoint(x, y));
-        EXPECT_EQ(outside, 0);
-        long long area = 0;
-        for (const QRect& r : band) area += qint64(r.width()) * r.height();
-        const QRect box = band.boundingRect();
-        EXPECT_LE(area, c.mostOfBox * box.width() * box.height() + 1);
     }
 }
 
