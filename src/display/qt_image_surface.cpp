@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "display/qt_line_band.h"
+#include "display/qt_round_line.h"
 
 namespace lv {
 
@@ -291,17 +292,14 @@ void ImageSurface::paintLayers(QPainter& p, const QRegion& region) const {
     p.setCompositionMode(QPainter::CompositionMode_Source);
     for (const QRect& r : region) blit(p, r, m_face);
     p.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    const QRegion under = m_needle ? region & m_needle->area : QRegion();
-    if (!under.isEmpty()) {
-        p.setClipRegion(under);
-        p.setPen(m_needle->pen);
-        p.setBrush(Qt::NoBrush);
-        p.drawLine(m_needle->a, m_needle->b);
-        p.setClipping(false);
+    if (m_needle && region.intersects(m_needle->area)) {
+        // The stroke lies inside its band, and the painter is already held
+        // to the region: a clip of our own would only add to the cost.
+        drawRoundLine(p, m_needle->a, m_needle->b, m_needle->pen);
         // The face around the opening laid back over the needle: cheaper
         // than clipping to a round path, and the rim stays antialiased.
         if (m_needle->clip)
-            for (const QRect& r : under) blit(p, r, m_surround);
+            for (const QRect& r : region & m_needle->area) blit(p, r, m_surround);
     }
     for (const QRect& r : region & m_topArea) blit(p, r, m_top);
     p.restore();
@@ -411,8 +409,7 @@ void ImageSurface::straightLine(QPointF a, QPointF b, const QPen& linePen) const
                    linePen.color());
         return;
     }
-    p.setPen(linePen);
-    p.drawLine(a, b);
+    drawRoundLine(p, a, b, linePen);
 }
 
 void ImageSurface::point(float x, float y, std::optional<Colour> colour) {

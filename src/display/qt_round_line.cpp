@@ -1,0 +1,20 @@
+#include "display/qt_round_line.h"
+
+namespace lv {
+
+void drawRoundLine(QPainter& p, QPointF a, QPointF b, const QPen& pen) {
+    QPen flat = pen;
+    flat.setCapStyle(Qt::FlatCap);
+    const QBrush brush = p.brush();
+    p.setPen(flat);
+    p.drawLine(a, b);
+    const qreal r = pen.widthF() / 2;
+    p.setPen(Qt::NoPen);
+    p.setBrush(pen.color());
+    p.drawEllipse(a, r, r);
+    if (b != a) p.drawEllipse(b, r, r);
+    p.setBrush(brush);
+    p.setPen(pen);
+}
+
+}  // namespace lv
