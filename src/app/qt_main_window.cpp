@@ -378,12 +378,12 @@ void MainWindow::showSample(std::int32_t needle) {
     m_dirty = true;
     if (!m_started || m_flushPending) return;
     m_flushPending = true;
-    // Drawn at the end of this turn of the event loop rather than on a timer
-    // of its own: a reading then costs one wake-up, and reaches the screen
-    // without waiting for the next one.
+    // On the screen before this returns, rather than posted to the event
+    // loop: a reading then costs one wake-up and no more. Readings that come
+    // together are paced, and the last one is painted when the gap is up.
     const std::int64_t wait = m_pacer.waitMs(m_frameClock.elapsed());
     if (wait == 0)
-        QMetaObject::invokeMethod(this, &MainWindow::flush, Qt::QueuedConnection);
+        flush();
     else
         m_repaint.start(static_cast<int>(wait));
 }
@@ -393,8 +393,8 @@ void MainWindow::flush() {
     if (!m_dirty) return;
     m_dirty = false;
     m_pacer.drawn(m_frameClock.elapsed());
-    m_panel->updateDirty();
-    if (m_store.values.GraphVisible) m_chart->updateDirty();
+    m_panel->repaintDirty();
+    if (m_store.values.GraphVisible) m_chart->repaintDirty();
     ++m_frames;
 }
 

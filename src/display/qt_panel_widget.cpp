@@ -34,6 +34,11 @@ void PanelWidget::updateDirty() {
     if (!dirty.isEmpty()) update(dirty.translated(m_origin));
 }
 
+void PanelWidget::repaintDirty() {
+    const QRegion dirty = m_surface.takeDirty();
+    if (!dirty.isEmpty()) repaint(dirty.translated(m_origin));
+}
+
 void PanelWidget::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     QSize picture = event->size();

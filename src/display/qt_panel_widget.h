@@ -29,6 +29,8 @@ public:
     // Repaints what has been drawn on the picture since the last call: a
     // moving needle costs its own strip of pixels, not the whole picture.
     void updateDirty();
+    // The same, painted before it returns.
+    void repaintDirty();
     // Where the picture's top-left corner sits in the widget.
     QPoint imageOrigin() const { return m_origin; }
 
