@@ -16,10 +16,21 @@ constexpr qreal kFringe = 2;
 // A repaint area with more pieces than this is repainted as its bounding box:
 // past it, a blit per piece costs more than the pixels it saves.
 constexpr int kMostDirtyPieces = 64;
+// A straight line along an axis at least this long is kept as a line of its
+// own, not in the strips it crosses: a chart's grid.
+constexpr qreal kLongLine = 64;
 // Qt's raster engine hands a blit of more rows than about 96, under a clip
 // that is not one rectangle (a paint event's usually is not), to its worker
 // threads and waits for them: dearer than the copy for the sizes here.
 constexpr int kBlitRows = 64;
+
+// Half-open edges, as the strips and lines keep them, to a rectangle.
+QRect spanned(int left, int top, int right, int bottom) {
+    return QRect(QPoint(left, top), QPoint(right - 1, bottom - 1));
+}
+QRect spanned(const StraightLines::Line& l) {
+    return spanned(l.left, l.top, l.right, l.bottom);
+}
 
 // Copies `area` (device-independent pixels) of `image` to the same place.
 void blit(QPainter& p, const QRect& area, const QImage& image) {
@@ -63,6 +74,7 @@ void ImageSurface::resize(QSize size, qreal devicePixelRatio) {
     m_dirty = QRect(QPoint(0, 0), m_size);
     m_drawn.reset(m_size.width());
     m_changedStrips.reset(m_size.width());
+    m_lines.reset();
     m_wipedWith = state().back;
 }
 
@@ -156,12 +168,15 @@ QRegion ImageSurface::takeDirty() {
     QRegion strips;
     if (!mostOf(m_changedStrips)) {
         m_changedStrips.forEach([&strips](int left, int top, int right, int bottom) {
-            strips += QRect(left, top, right - left, bottom - top);
+            strips += spanned(left, top, right, bottom);
         });
     } else if (!m_changedStrips.empty()) {
-        strips = QRect(QPoint(0, 0), m_size);  // a grid: nearly all of it, in one piece
+        strips = QRect(QPoint(0, 0), m_size);  // most of it: in one piece
     }
     m_changedStrips.clear();
+    m_lines.takeChanged([&strips](const StraightLines::Line& l) {
+        strips += spanned(l);
+    });
     return dirty + (strips & QRect(QPoint(0, 0), m_size));
 }
 
@@ -195,17 +210,21 @@ void ImageSurface::clear() {
     // buffer with it when the image detaches for the fill.
     if (!m_image.isDetached()) endPainters();
     if (state().back == m_wipedWith) {
-        // A grid reaches across every strip: then one fill of the whole is faster.
-        if (mostOf(m_drawn))
+        // A trace over most of the strips: then one fill of the whole is faster.
+        if (mostOf(m_drawn)) {
             m_image.fill(back);
-        else
+        } else {
             fillStrips(m_drawn, back);
+            for (const StraightLines::Line& l : m_lines.drawn())
+                fillArea(spanned(l), back);
+        }
         m_changedStrips.add(m_drawn);
     } else {
         m_image.fill(back);
         m_dirty = all;
     }
     m_drawn.clear();
+    m_lines.wiped();
     m_wipedWith = state().back;
 }
 
@@ -214,17 +233,20 @@ bool ImageSurface::mostOf(const StripArea& area) const {
 }
 
 void ImageSurface::fillStrips(const StripArea& area, const QColor& colour) {
+    area.forEach([&](int left, int top, int right, int bottom) {
+        fillArea(spanned(left, top, right, bottom), colour);
+    });
+}
+
+void ImageSurface::fillArea(const QRect& area, const QColor& colour) {
     const qreal ratio = m_image.devicePixelRatio();
-    const QRect image = m_image.rect();
+    const QRect r = QRectF(QPointF(area.topLeft()) * ratio, QSizeF(area.size()) * ratio)
+                        .toAlignedRect() & m_image.rect();
     const quint32 pixel = colour.rgb();
     uchar* bits = m_image.bits();
     const qsizetype stride = m_image.bytesPerLine();
-    area.forEach([&](int left, int top, int right, int bottom) {
-        const QRect r = QRectF(QPointF(left, top) * ratio, QPointF(right, bottom) * ratio)
-                            .toAlignedRect() & image;
-        for (int y = r.top(); y <= r.bottom(); ++y)
-            std::fill_n(reinterpret_cast<quint32*>(bits + y * stride) + r.left(), r.width(), pixel);
-    });
+    for (int y = r.top(); y <= r.bottom(); ++y)
+        std::fill_n(reinterpret_cast<quint32*>(bits + y * stride) + r.left(), r.width(), pixel);
 }
 
 bool ImageSurface::needleErased(Colour c) {
@@ -397,7 +419,14 @@ void ImageSurface::line(float x1, float y1, float x2, float y2, std::optional<Co
         p.setPen(linePen);
         p.drawLine(a, b);
     }
-    touched(QRectF(a, b), linePen.widthF());
+    const QRectF box = QRectF(a, b).normalized();
+    if (!m_layer && (box.width() == 0 || box.height() == 0) &&
+        std::max(box.width(), box.height()) >= kLongLine) {
+        const QRect r = grown(box, linePen.widthF());
+        if (m_lines.add({r.left(), r.top(), r.right() + 1, r.bottom() + 1, linePen.color().rgb()}))
+            return;
+    }
+    touched(box, linePen.widthF());
 }
 
 void ImageSurface::straightLine(QPointF a, QPointF b, const QPen& linePen) const {

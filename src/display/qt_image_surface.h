@@ -7,6 +7,7 @@
 #include <array>
 #include <memory>
 
+#include "display/straight_lines.h"
 #include "display/strip_area.h"
 #include "display/surface.h"
 
@@ -103,6 +104,7 @@ private:
     bool mostOf(const StripArea& area) const;
     // Fills the strips' rectangles of the shown image (32-bit, opaque).
     void fillStrips(const StripArea& area, const QColor& colour);
+    void fillArea(const QRect& area, const QColor& colour);
     void endPainters();
     // A needle-layer primitive: the erase colour takes the needle away, any
     // other colour (a line) becomes the needle.
@@ -137,6 +139,7 @@ private:
     // changed since the last repaint, strip by strip.
     StripArea m_drawn;
     StripArea m_changedStrips;
+    StraightLines m_lines;  // ... and a grid's lines, apart
     Colour m_wipedWith = 0;  // the background of the last wipe
     mutable QPolygonF m_poly;  // segments waiting to be drawn ...
     mutable QPen m_polyPen;    // ... in this pen
