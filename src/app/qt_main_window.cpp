@@ -415,7 +415,7 @@ ClockInputs MainWindow::clockInputs() const {
 
 void MainWindow::tickClock() {
     m_watchdog.tmrClock_Timer(clockNow());
-    m_panel->updateDirty();
+    m_panel->repaintDirty();
 }
 
 std::optional<SessionConfigError> MainWindow::writeSessionConfig() {

@@ -63,7 +63,7 @@ void MainWindow::dialCalibration() {
             port, pump, m_prompter, m_sessionConfig.DialCalibration, m_store.values.ScaleType,
             [this](std::int32_t angle) {
                 Update_Needle(m_ctx, angle);
-                m_panel->updateDirty();
+                m_panel->repaintDirty();
             },
             [this] {
                 if (const auto error = writeSessionConfig())

@@ -29,11 +29,6 @@ void PanelWidget::paintEvent(QPaintEvent* event) {
     m_surface.paint(p, area);
 }
 
-void PanelWidget::updateDirty() {
-    const QRegion dirty = m_surface.takeDirty();
-    if (!dirty.isEmpty()) update(dirty.translated(m_origin));
-}
-
 void PanelWidget::repaintDirty() {
     const QRegion dirty = m_surface.takeDirty();
     if (!dirty.isEmpty()) repaint(dirty.translated(m_origin));

@@ -26,10 +26,9 @@ public:
     // What fills the margins beside a picture held at its shape; without one,
     // the picture's own background colour.
     void setMarginColour(std::optional<Colour> colour) { m_margin = colour; }
-    // Repaints what has been drawn on the picture since the last call: a
-    // moving needle costs its own strip of pixels, not the whole picture.
-    void updateDirty();
-    // The same, painted before it returns.
+    // Repaints what has been drawn on the picture since the last call, before
+    // it returns: a moving needle costs its own strip of pixels, not the
+    // whole picture, and no turn of the event loop of its own.
     void repaintDirty();
     // Where the picture's top-left corner sits in the widget.
     QPoint imageOrigin() const { return m_origin; }
